@@ -1,0 +1,5 @@
+// Debug traces.
+#pragma once
+
+/// Accepts any format and arguments and prints nothing.
+inline void no_print(const char* /*format*/, ...) {}
