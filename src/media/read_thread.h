@@ -1,0 +1,26 @@
+// The thread that receives one medium's datagrams.
+#pragma once
+
+#include "platform/net/thread.h"
+
+class QD_Application;
+
+/// Reads every datagram whole and hands it, split into header and payload, to
+/// the application. It keeps nothing, orders nothing, checks nothing.
+class QD_AppReadThread : public SprocThread {
+public:
+    /// The largest datagram; a larger one is cut.
+    static constexpr int MAX_DATAGRAM = 65000;
+    /// How long it may take to notice a stop.
+    static constexpr int WAIT_MS = 10;
+
+    /// The application outlives the thread's run.
+    explicit QD_AppReadThread(QD_Application* app) : app_(app) {}
+
+protected:
+    /// Returns 0 when stopped, -1 when receiving failed.
+    int run() override;
+
+private:
+    QD_Application* const app_;
+};

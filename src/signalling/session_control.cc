@@ -1,0 +1,267 @@
+#include "signalling/session_control.h"
+
+#include "platform/net/sock_library.h"
+#include "signalling/options_file.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+
+QD_Mutex QD_Session_Control::instance_mutex_;
+int QD_Session_Control::reference_no_ = 0;
+QD_Session_Control* QD_Session_Control::session_control_ = nullptr;
+
+QD_Session_Control* QD_Session_Control::instance()
+{
+    // Some ways out leave holders behind; the options are to be kept on those, too.
+    [[maybe_unused]] static const int registered = atexit(save_at_exit);
+    QD_Lock hold(instance_mutex_);
+    if (reference_no_ == 0)
+        session_control_ = new QD_Session_Control;
+    ++reference_no_;
+    return session_control_;
+}
+
+void QD_Session_Control::destroy()
+{
+    QD_Lock hold(instance_mutex_);
+    if (reference_no_ > 0 && --reference_no_ > 0)
+        return;
+    delete session_control_;
+    session_control_ = nullptr;
+}
+
+void QD_Session_Control::save_at_exit()
+{
+    QD_Lock hold(instance_mutex_);
+    if (session_control_ != nullptr)
+        session_control_->save_options();
+}
+
+QD_Session_Control::QD_Session_Control() : roster_(std::make_shared<QD_Roster>())
+{
+    publish_roster();
+    if (restore_options() == -1)
+        options_ = _options();
+}
+
+QD_Session_Control::~QD_Session_Control() { save_options(); }
+
+void QD_Session_Control::setGUI(QD_Media_Control* main_wnd, QD_Main_View* form)
+{
+    main_wnd_ = main_wnd;
+    form_ = form;
+}
+
+QD_Member* QD_Session_Control::get_member(int id)
+{
+    const auto found = members_.find(id);
+    return found == members_.end() ? nullptr : &found->second;
+}
+
+QD_Roster_Ptr QD_Session_Control::get_roster() const
+{
+    QD_Lock hold(roster_mutex_);
+    return roster_;
+}
+
+void QD_Session_Control::publish_roster()
+{
+    auto fresh = std::make_shared<QD_Roster>();
+    fresh->local_id = local_id_;
+    for (const auto& [id, member] : members_)
+        fresh->entries.push_back({id, member.get_internal_id(), member.get_host()});
+    QD_Roster_Ptr next = std::move(fresh);
+    QD_Lock hold(roster_mutex_);
+    roster_.swap(next); // the old one goes after the lock
+}
+
+int QD_Session_Control::restore_options() { return qd_read_options_file(&options_); }
+
+int QD_Session_Control::save_options() const { return qd_write_options_file(options_); }
+
+void QD_Session_Control::update_options()
+{
+    if (main_wnd_ != nullptr)
+        main_wnd_->updateOptions(&options_);
+    save_options();
+}
+
+QD_Stat_View* QD_Session_Control::stat_view() const
+{
+    return form_ == nullptr ? nullptr : form_->getStatWnd()->getStatForm();
+}
+
+int QD_Session_Control::new_member(QD_Member* m)
+{
+    if (m == nullptr)
+        return -1;
+    char text[QD_Member::STRING_SIZE];
+    m->fix_string();
+    m->get_string(text);
+    m->set_display(factory_, &wake_);
+    m->set_internal_id(++internal_id_);
+    {
+        QD_Session_Hold hold(this);
+        members_[m->get_id()] = *m;
+        if (m->get_host() == SOCK_Library::getlocalhostid())
+            local_id_ = m->get_id();
+    }
+    publish_roster();
+    delete m;
+    if (form_ != nullptr) {
+        form_->setStatus("New user joined");
+        stat_view()->addToUsersList(text);
+    }
+    fflush(stdout);
+    return 0;
+}
+
+int QD_Session_Control::delete_member(int id)
+{
+    QD_Member* member = get_member(id);
+    if (member == nullptr) {
+        fflush(stdout);
+        return -1;
+    }
+    char text[QD_Member::STRING_SIZE];
+    member->get_string(text);
+    {
+        QD_Session_Hold hold(this);
+        member->close_display();
+        members_.erase(id);
+    }
+    publish_roster();
+    if (form_ != nullptr) {
+        form_->setStatus("User left");
+        stat_view()->delFromUsersList(text);
+    }
+    fflush(stdout);
+    return 0;
+}
+
+void QD_Session_Control::handle_member_events()
+{
+    QD_Session_Hold hold(this);
+    for (auto& [id, member] : members_)
+        member.handle_events();
+}
+
+int QD_Session_Control::accept_invitation() { return status_ == INVITED ? 0 : -1; }
+
+int QD_Session_Control::reject_invitation() { return status_ == INVITED ? 0 : -1; }
+
+void QD_Session_Control::quit() { forget_members(true); }
+
+void QD_Session_Control::reset() { forget_members(false); }
+
+void QD_Session_Control::forget_members(bool close_streams)
+{
+    {
+        QD_Session_Hold hold(this);
+        for (auto& [id, member] : members_)
+            if (close_streams)
+                member.close();
+        members_.clear();
+        status_ = IDLE;
+    }
+    publish_roster();
+}
+
+namespace {
+
+// Figures as they are at one moment; the media threads go on counting.
+std::optional<UserData> copy_of(const UserData* figures)
+{
+    return figures == nullptr ? std::nullopt : std::optional<UserData>(*figures);
+}
+
+const UserData* pointer_to(const std::optional<UserData>& figures)
+{
+    return figures ? &*figures : nullptr;
+}
+
+}
+
+void QD_Session_Control::update_stat(const char* member_text)
+{
+    for (auto& [id, member] : members_) {
+        char text[QD_Member::STRING_SIZE];
+        member.get_string(text);
+        if (strcmp(text, member_text) != 0 || form_ == nullptr)
+            continue;
+        lock();
+        const auto audio = copy_of(member.get_audio_data());
+        const auto video = copy_of(member.get_video_data());
+        unlock();
+        stat_view()->setAudioData(pointer_to(audio));
+        stat_view()->setVideoData(pointer_to(video));
+    }
+}
+
+bool QD_Session_Control::is_selected(QD_Member* m) const
+{
+    if (form_ == nullptr)
+        return false;
+    char text[QD_Member::STRING_SIZE];
+    m->get_string(text);
+    return strcmp(text, stat_view()->getSelectedPart()) == 0;
+}
+
+void QD_Session_Control::update_audio_stat(QD_Member* m)
+{
+    static int calls = 0; // for all members together
+    if (!is_selected(m))
+        return;
+    if (calls == 0) {
+        lock();
+        const auto figures = copy_of(m->get_audio_data());
+        unlock();
+        stat_view()->setAudioData(pointer_to(figures));
+    }
+    calls = (calls + 1) % 5;
+}
+
+void QD_Session_Control::update_video_stat(QD_Member* m)
+{
+    static int calls = 0; // for all members together
+    if (!is_selected(m))
+        return;
+    if (calls == 0) {
+        lock();
+        const auto figures = copy_of(m->get_video_data());
+        unlock();
+        stat_view()->setVideoData(pointer_to(figures));
+    }
+    calls = (calls + 1) % 3;
+}
+
+void QD_Session_Control::print_status()
+{
+    printf("QD_Session Status\n---------------------\n");
+    printf("\tLocal id: %d\n", local_id_.load());
+    for (const auto& [id, member] : members_) {
+        char text[QD_Member::STRING_SIZE];
+        member.get_string(text);
+        printf("Member: id %d, %s, internal id %d\n", id, text, member.get_internal_id());
+    }
+    fflush(stdout);
+}
+
+void QD_Session_Control::print_statistics()
+{
+    QD_Session_Hold hold(this);
+    for (const auto& [id, member] : members_) {
+        char text[QD_Member::STRING_SIZE];
+        member.get_string(text);
+        const auto print = [&, id = id](const char* medium, const UserData* figures) {
+            if (figures != nullptr)
+                printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d\n", medium,
+                    text, id, figures->frames_received, figures->frames_lost, figures->frames_late);
+        };
+        print("audio", member.get_audio_data());
+        print("video", member.get_video_data());
+    }
+    fflush(stdout);
+}

@@ -1,0 +1,165 @@
+// The one object that knows the conference: members, local user, options.
+#pragma once
+
+#include "platform/net/mutex.h"
+#include "platform/net/reactor.h"
+#include "platform/net/semaphore.h"
+#include "platform/net/wake.h"
+#include "signalling/member.h"
+#include "signalling/options.h"
+#include "signalling/roster.h"
+#include "signalling/views.h"
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+
+/// A counted singleton: every use stands between instance() and destroy(), and
+/// the last destroy() saves the options and deletes it. They are saved, too,
+/// when the process ends normally with holders left.
+///
+/// Threads: the user-interface thread alone adds and removes members and calls
+/// whatever is not marked otherwise. Other threads reach members only between
+/// lock() and unlock(), or read the roster.
+/// Locks: the session lock first, then a member's display semaphore or the
+/// video codec semaphore. Views are called without the session lock, but for a
+/// member's own window.
+class QD_Session_Control {
+public:
+    /// The local member's id before it is known.
+    static constexpr int NO_LOCAL_ID = 255;
+
+    /// The instance, made at the first call. Any thread.
+    static QD_Session_Control* instance();
+    /// Gives one instance() back. Any thread, but the last holder's is the user-interface thread.
+    static void destroy();
+
+    QD_Session_Control(const QD_Session_Control&) = delete;
+    QD_Session_Control& operator=(const QD_Session_Control&) = delete;
+
+    /// Who shows the session, and where member streams are watched. Not owned,
+    /// and they outlive the session's use of them; null for none.
+    void setGUI(QD_Media_Control* main_wnd, QD_Main_View* form);
+    void set_display_factory(QD_Display_Factory* factory) { factory_ = factory; }
+    void set_reactor(Reactor* reactor) { reactor_ = reactor; }
+    Reactor* get_reactor() const { return reactor_; }
+    QD_Main_View* getMainForm() const { return form_; }
+
+    /// The local member's id. Any thread.
+    int get_local_id() const { return local_id_; }
+
+    /// All members by id, and one of them or null. With the session lock, or
+    /// on the user-interface thread.
+    std::map<int, QD_Member>* get_member_list() { return &members_; }
+    QD_Member* get_member(int id);
+
+    /// The membership as it is now, never null. Any thread, at once.
+    QD_Roster_Ptr get_roster() const;
+
+    /// The options record, edited in place by the user-interface thread.
+    _options* get_options() { return &options_; }
+
+    /// Tells the media applications of changed options and saves them.
+    void update_options();
+
+    /// Reads and writes the options file. 0, or -1 if it could not be opened or read whole.
+    int restore_options();
+    int save_options() const;
+
+    /// The session lock. Not recursive. Any thread.
+    void lock() { sem_.wait(); }
+    void unlock() { sem_.post(); }
+
+    /// Raised at every request that a member has waiting for handle_member_events().
+    const QD_Wake& get_wake() const { return wake_; }
+
+    /// Takes a member in, in place of one with its id, numbers the joining and
+    /// lists it in the statistics. A member at this machine's address is the
+    /// local one. Deletes m; null is refused with -1. Never with the lock held.
+    int new_member(QD_Member* m);
+
+    /// Removes a member and its window. 0, or -1 if there is none with that id. Never with the lock
+    /// held.
+    int delete_member(int id);
+
+    /// Lets every member serve one pending request.
+    void handle_member_events();
+
+    /// Answers to an invitation: -1 unless one is pending.
+    int accept_invitation();
+    int reject_invitation();
+
+    /// Forget all members; quit() closes their streams as well.
+    void quit();
+    void reset();
+
+    /// Shows the figures of every member with that display string.
+    void update_stat(const char* member_text);
+
+    /// Refresh the figures if m is the selected member, at every 5th (audio)
+    /// or 3rd (video) call.
+    void update_audio_stat(QD_Member* m);
+    void update_video_stat(QD_Member* m);
+
+    /// Prints the member table, or each member's reception figures, on standard output.
+    void print_status();
+    void print_statistics();
+
+private:
+    QD_Session_Control();
+    ~QD_Session_Control();
+    static void save_at_exit();
+
+    bool is_selected(QD_Member* m) const;
+    void forget_members(bool close_streams);
+    void publish_roster();
+    QD_Stat_View* stat_view() const;
+
+    static QD_Mutex instance_mutex_;
+    static int reference_no_ QD_GUARDED_BY(instance_mutex_);
+    static QD_Session_Control* session_control_ QD_GUARDED_BY(instance_mutex_);
+
+    /// What the session is about; see the states of an invitation.
+    enum Status : int32_t { IDLE = 0, INVITED = 1, ACCEPTED = 2, IN_SESSION = 3 };
+
+    std::map<int, QD_Member> members_; // changed under sem_ by the user-interface thread
+    Status status_ = IDLE;
+    std::atomic<int> local_id_ = NO_LOCAL_ID;
+    int internal_id_ = -1; // the number of the last joining
+    Reactor* reactor_ = nullptr;
+    _options options_;
+    QD_Semaphore sem_ {1};
+    QD_Main_View* form_ = nullptr;
+    QD_Media_Control* main_wnd_ = nullptr;
+    QD_Display_Factory* factory_ = nullptr;
+    QD_Wake wake_ {QD_Wake::EACH};
+
+    mutable QD_Mutex roster_mutex_; // for the pointer alone
+    QD_Roster_Ptr roster_ QD_GUARDED_BY(roster_mutex_);
+};
+
+/// Holds a reference for the length of a block.
+class QD_Session_Ref {
+public:
+    QD_Session_Ref() : session_(QD_Session_Control::instance()) {}
+    ~QD_Session_Ref() { QD_Session_Control::destroy(); }
+    QD_Session_Ref(const QD_Session_Ref&) = delete;
+    QD_Session_Ref& operator=(const QD_Session_Ref&) = delete;
+    QD_Session_Control* operator->() const { return session_; }
+    QD_Session_Control* get() const { return session_; }
+
+private:
+    QD_Session_Control* session_;
+};
+
+/// Holds the session lock for the length of a block.
+class QD_Session_Hold {
+public:
+    explicit QD_Session_Hold(QD_Session_Control* session) : session_(session) { session_->lock(); }
+    ~QD_Session_Hold() { session_->unlock(); }
+    QD_Session_Hold(const QD_Session_Hold&) = delete;
+    QD_Session_Hold& operator=(const QD_Session_Hold&) = delete;
+
+private:
+    QD_Session_Control* session_;
+};
