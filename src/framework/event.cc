@@ -16,6 +16,7 @@ namespace {
 
 constexpr int STATUS_SET_UP = 0;
 constexpr int STATUS_READ = 1;
+constexpr int LINK_SECONDS = 5; // how long the framework may take over the rest of an event
 
 [[noreturn]] void fail(const char* message, int status)
 {
@@ -80,6 +81,12 @@ int registerApp(int argc, char** argv)
         fail("connect", STATUS_SET_UP);
     const int at_once = 1; // the link carries small messages, each of them wanted now
     ::setsockopt(fd.get(), IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
+
+    // Events come whole; a framework that stops in the middle of one, or does not
+    // read, has failed.
+    const timeval limit {LINK_SECONDS, 0};
+    ::setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    ::setsockopt(fd.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 
     write_int(fd.get(), aid);
     write_int(fd.get(), sid);

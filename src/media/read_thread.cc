@@ -3,6 +3,7 @@
 #include "media/application.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <poll.h>
@@ -30,7 +31,9 @@ int QD_AppReadThread::run()
             continue;
         // Fresh for each datagram and not filled beforehand: that would cost more than the read.
         const auto buffer = std::make_unique_for_overwrite<char[]>(MAX_DATAGRAM);
-        const auto n = static_cast<int>(::recv(sock, buffer.get(), MAX_DATAGRAM, 0));
+        const auto n = static_cast<int>(::recv(sock, buffer.get(), MAX_DATAGRAM, MSG_DONTWAIT));
+        if (n < 0 && (errno == EAGAIN || errno == EINTR))
+            continue; // the datagram announced had a wrong checksum
         if (n < 1)
             return -1;
         rtp_fix_header header = header_of(buffer.get(), n);

@@ -1,0 +1,22 @@
+// The thread that captures, codes and sends sound.
+#pragma once
+
+#include "platform/net/thread.h"
+
+class QD_AudioApp;
+
+/// Calls the application's send_audio() until it is stopped.
+class QD_AudioCapThread : public SprocThread {
+public:
+    /// The application outlives the thread's run.
+    explicit QD_AudioCapThread(QD_AudioApp* app) : app_(app) {}
+
+    /// Sleeps, less if the thread is stopped or woken. For send_audio().
+    void rest(int milliseconds) { pause(milliseconds); }
+
+protected:
+    int run() override;
+
+private:
+    QD_AudioApp* const app_;
+};
