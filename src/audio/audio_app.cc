@@ -8,6 +8,7 @@ namespace {
 
 constexpr int FRAME_COUNT_MODULUS = 65555;
 constexpr int REST_MS = 1000;
+constexpr int MAX_STEP_INDEX = 88; // a sender may claim any
 
 /// What each kind of link can carry; other values in a file stand for the slowest.
 constexpr QD_AudioApp::Codec CODEC_OF_CONNECTION[] = {
@@ -248,7 +249,7 @@ void QD_AudioApp::playADPCM(int slot, const char* data, int len)
         return;
     adpcm_state state {};
     state.valprev = static_cast<short>(qd_get_u16(bytes(data)));
-    state.index = static_cast<int8_t>(data[2]);
+    state.index = static_cast<int8_t>(std::min<int>(bytes(data)[2], MAX_STEP_INDEX));
     Frame frame;
     adpcm_decoder(bytes(data) + 3, frame.data(), FRAME, &state);
     play_frame(slot, frame);

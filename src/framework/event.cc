@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -75,6 +76,8 @@ int registerApp(int argc, char** argv)
     framework.sin_port = htons(port);
     framework.sin_addr.s_addr = INADDR_ANY; // connecting to it reaches this machine
     QD_Fd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (fd && fd.get() <= STDERR_FILENO) // 0 would read as "no link"
+        fd.reset(::fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (!fd)
         fail("socket", STATUS_SET_UP);
     if (::connect(fd.get(), reinterpret_cast<const sockaddr*>(&framework), sizeof framework) < 0)

@@ -8,7 +8,8 @@ std::optional<QD_Member_Record> QD_Member_Record::decode(std::span<const uint8_t
 {
     if (payload.empty())
         return std::nullopt;
-    QD_Member_Record record {static_cast<Command>(payload[0])};
+    QD_Member_Record record;
+    record.command = static_cast<Command>(payload[0]);
     size_t start = 1;
     switch (record.command) {
     case END:

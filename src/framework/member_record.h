@@ -12,7 +12,7 @@ struct QD_Member_Record {
     /// Commands. ADD_PADDED has one byte between command and address.
     enum Command : char { ADD_PADDED = '<', ADD = '=', END = '>', REMOVE = '?' };
 
-    Command command;
+    Command command = END;
     uint32_t host = 0; // network byte order
     int32_t id = 0;
     std::string name; // up to 255 bytes, of any value

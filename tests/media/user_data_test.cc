@@ -1,1 +1,109 @@
+#include "media/user_data.h"
+
 #include <gtest/gtest.h>
+
+namespace {
+
+rtp_fix_header packet(unsigned seq)
+{
+    rtp_fix_header header;
+    header.seq = static_cast<uint16_t>(seq);
+    return header;
+}
+
+// Figures after the packet that makes them, at 10 s on the clock.
+UserData made(unsigned seq = 0)
+{
+    const auto header = packet(seq);
+    return UserData(&header, 1600, 10000);
+}
+
+int count(UserData& figures, unsigned seq, unsigned now, int len = 1600)
+{
+    const auto header = packet(seq);
+    return figures.frame(&header, len, now);
+}
+
+}
+
+TEST(UserData, CountsFromTheSecondPacketAndMeasuresFromTheThird)
+{
+    UserData figures = made();
+    EXPECT_EQ(figures.frames_received, 0);
+    EXPECT_EQ(figures.bytes, 0);
+
+    EXPECT_EQ(count(figures, 1, 10700), 1);
+    EXPECT_EQ(figures.frames_received, 1);
+    EXPECT_EQ(figures.bytes, 1600);
+    EXPECT_EQ(figures.frames_late, 0) << "the gap before the first counted frame is nobody's";
+    EXPECT_EQ(figures.getFps(10700), 0.0);
+
+    count(figures, 2, 10800);
+    EXPECT_EQ(figures.getFps(10800), 0.2);
+    EXPECT_EQ(figures.getKbps(10800), 2.0); // 1600 * 8 / 5000, whole
+    EXPECT_EQ(figures.getLatency(), 0.0);
+}
+
+TEST(UserData, LossIsArrivingBehindAHigherNumber)
+{
+    UserData figures = made();
+    count(figures, 10, 10000);
+    struct {
+        unsigned seq;
+        int result, lost;
+        const char* why;
+    } const steps[] = {
+        {10, 1, 0, "the same number again is in order"},
+        {20, 1, 0, "a gap is not counted"},
+        {19, 0, 1, "one that was overtaken is"},
+        {20, 1, 1, "and leaves the highest number as it was"},
+        {65535, 1, 1, "up to the largest"},
+        {0, 0, 2, "after the wrap all count as lost"},
+        {40000, 0, 3, "until the number climbs back"},
+        {65535, 1, 3, "to the remembered one"},
+    };
+    for (const auto& step : steps)
+        EXPECT_TRUE(
+            count(figures, step.seq, 10100) == step.result && figures.frames_lost == step.lost)
+            << step.why;
+    EXPECT_EQ(figures.frames_received, 9);
+    EXPECT_EQ(figures.getPercentLost(), 25); // 3 of 12
+}
+
+TEST(UserData, LateIsStrictlyBetweenThreeHundredMillisecondsAndASecond)
+{
+    for (auto [gap, late] : {std::pair {300u, 0}, {301u, 1}, {999u, 1}, {1000u, 0}}) {
+        UserData figures = made();
+        count(figures, 1, 10000);
+        count(figures, 2, 10000 + gap);
+        EXPECT_EQ(figures.frames_late, late) << gap;
+        EXPECT_EQ(figures.getPercentLate(), late == 1 ? 50 : 0);
+        EXPECT_EQ(figures.getLatency(), (static_cast<double>(gap) - 100) / 2);
+    }
+}
+
+TEST(UserData, TheWindowHoldsFiveSecondsAndAHundredFrames)
+{
+    UserData figures = made();
+    for (unsigned i = 0; i < 150; ++i)
+        count(figures, i, 20000 + i * 10, 125);
+    EXPECT_EQ(figures.getFps(21500), 20.0) << "thirty frames a second, the ring holds a hundred";
+    EXPECT_EQ(figures.getKbps(21500), 20.0);
+    EXPECT_EQ(figures.getFps(26000), 9.8) << "frames of exactly five seconds ago are out";
+    EXPECT_EQ(figures.getFps(40000), 0.0);
+    EXPECT_EQ(figures.getKbps(40000), 0.0);
+    EXPECT_LT(figures.getLatency(), 0) << "a fast stream has less than none";
+}
+
+TEST(UserData, ResetStartsAfreshAndTheNextFrameIsTheFirst)
+{
+    UserData figures = made();
+    count(figures, 500, 10000);
+    count(figures, 400, 10500);
+    figures.reset();
+    EXPECT_EQ(figures.frames_received + figures.frames_lost + figures.frames_late, 0);
+    EXPECT_EQ(figures.getLatency(), 0.0);
+    EXPECT_EQ(figures.getPercentLost(), 0);
+    EXPECT_EQ(count(figures, 3, 10900), 1);
+    EXPECT_EQ(figures.frames_lost, 0);
+}

@@ -1,0 +1,216 @@
+#include "app/main_window.h"
+
+#include "app/control_loop.h"
+#include "platform/vk/app.h"
+#include "platform/vk/notice.h"
+#include "platform/vk/wm_hints.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int FORM_WIDTH = 234;
+constexpr int FORM_HEIGHT = 298;
+constexpr std::chrono::milliseconds LEVELS_EVERY {50};
+
+// Entries of panes that are not built keep their texts for those who add them.
+constexpr VkResource DEFAULTS[] = {
+    {".title", "Quendal Videoconferencing"},
+    {"*filePane.labelString", "File"},
+    {"*filePane.mnemonic", "F"},
+    {"*resetButton.labelString", "Reset Session"},
+    {"*resetButton.mnemonic", "R"},
+    {"*resetButton.accelerator", "Ctrl<Key>R"},
+    {"*resetButton.acceleratorText", "Ctrl+R"},
+    {"*exitButton.labelString", "Exit"},
+    {"*exitButton.mnemonic", "x"},
+    {"*exitButton.accelerator", "Ctrl<Key>Q"},
+    {"*exitButton.acceleratorText", "Ctrl+Q"},
+    {"*editPane.labelString", "Edit"},
+    {"*editPane.mnemonic", "E"},
+    {"*optionsButton.labelString", "Options"},
+    {"*optionsButton.mnemonic", "O"},
+    {"*optionsButton.accelerator", "Ctrl<Key>O"},
+    {"*optionsButton.acceleratorText", "Ctrl+O"},
+    {"*viewPane.labelString", "View"},
+    {"*viewPane.mnemonic", "V"},
+    {"*audioPanelButton.labelString", "Audio Panel"},
+    {"*audioPanelButton.mnemonic", "P"},
+    {"*statButton.labelString", "Statistics"},
+    {"*statButton.mnemonic", "S"},
+    {"*statButton.accelerator", "Ctrl<Key>S"},
+    {"*statButton.acceleratorText", "Ctrl+S"},
+    {"*toolsPane.labelString", "Tools"},
+    {"*toolsPane.mnemonic", "T"},
+    {"*chatButton.labelString", "Text Chat"},
+    {"*chatButton.mnemonic", "C"},
+    {"*helpPane.labelString", "Help"},
+    {"*helpPane.mnemonic", "H"},
+    {"*help_overview.labelString", "Overview"},
+    {"*help_overview.mnemonic", "O"},
+    {"*directoryPane.labelString", "Directory"},
+    {"*usersButton.labelString", "Active Users"},
+    {"*usersButton.mnemonic", "U"},
+    {"*confButton.labelString", "Conferences"},
+    {"*confButton.mnemonic", "C"},
+};
+
+MainWindowMainWindow* window(XtPointer self) { return static_cast<MainWindowMainWindow*>(self); }
+
+}
+
+MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int argc, int wake_fd) :
+    VkWindow(name, DEFAULTS)
+{
+    form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
+    XtVaSetValues(form_->baseWidget(), XtNwidth, FORM_WIDTH, XtNheight, FORM_HEIGHT, nullptr);
+    addView(form_.get());
+    form_->setParent(this);
+    build_menus();
+    VkConfigureWM(baseWidget(), 1, 0, 1, 1, 0, 1, 1);
+
+    session_ = QD_Session_Control::instance();
+    framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
+    session_->setGUI(this, form_.get());
+    reactor_.add_wake(theApplication->connectionNumber());
+    reactor_.add_wake(session_->get_wake().get());
+    reactor_.add_wake(wake_fd);
+    session_->set_reactor(&reactor_);
+    audio_ = std::make_unique<QD_AudioApp>();
+    audio_->init();
+}
+
+void MainWindowMainWindow::build_menus()
+{
+    VkMenuPane* file = addMenuPane("filePane");
+    file->addAction("exitButton", quitCallback, this);
+    VkMenuPane* edit = addMenuPane("editPane");
+    edit->addAction("optionsButton", optionsCallback, this);
+    VkMenuPane* view = addMenuPane("viewPane");
+    view->addAction("audioPanelButton", audioPanelCallback, this);
+    view->addAction("statButton", statisticsCallback, this);
+}
+
+// Every way out begins here: audio, then video, the idle procedure, the form.
+void MainWindowMainWindow::close_media()
+{
+    session_->print_statistics();
+    if (audio_)
+        audio_->close();
+    audio_.reset();
+    if (ctrlWorkProcHandle != 0)
+        XtRemoveWorkProc(ctrlWorkProcHandle);
+    ctrlWorkProcHandle = 0;
+    session_->setGUI(nullptr, nullptr);
+    session_->set_reactor(nullptr);
+    form_.reset();
+}
+
+MainWindowMainWindow::~MainWindowMainWindow()
+{
+    close_media();
+    framework_.reset();
+    QD_Session_Control::destroy();
+}
+
+bool MainWindowMainWindow::okToQuit()
+{
+    close_media();
+    [[maybe_unused]] auto* left_open = framework_.release();
+    QD_Session_Control::destroy();
+    exit(EXIT_SUCCESS);
+}
+
+void MainWindowMainWindow::quit()
+{
+    close_media();
+    framework_.reset();
+    QD_Session_Control::destroy();
+    exit(EXIT_SUCCESS);
+}
+
+int MainWindowMainWindow::handle_events(int wait_ms)
+{
+    const int result = framework_->handle_events(wait_ms);
+    reactor_.dispatch();
+    draw_levels();
+    return result;
+}
+
+void MainWindowMainWindow::draw_levels()
+{
+    const QD_Clock::Time now = QD_Clock::real().now();
+    if (now - levels_drawn_ < LEVELS_EVERY)
+        return;
+    levels_drawn_ = now;
+    audio_->show_levels();
+    form_->updateLevels();
+}
+
+void MainWindowMainWindow::reset()
+{
+    session_->reset();
+    form_->reset(nullptr, nullptr);
+}
+
+void MainWindowMainWindow::playVideo()
+{
+    VkUnimplemented(baseWidget(), "MainWindowMainWindow::playVideo");
+}
+
+void MainWindowMainWindow::stopVideo() {}
+
+void MainWindowMainWindow::playAudio() { audio_->play(); }
+
+void MainWindowMainWindow::stopAudio() { audio_->stop(); }
+
+void MainWindowMainWindow::updateOptions(_options* options) { audio_->update_options(options); }
+
+void MainWindowMainWindow::setMicCutoffLevel(int level)
+{
+    _options* options = session_->get_options();
+    options->mic_cutoff = level;
+    audio_->update_options(options);
+}
+
+void MainWindowMainWindow::quitCallback(Widget, XtPointer self, XtPointer) { window(self)->quit(); }
+
+void MainWindowMainWindow::resetCallback(Widget, XtPointer self, XtPointer)
+{
+    window(self)->reset();
+}
+
+void MainWindowMainWindow::optionsCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->options(w, call);
+}
+
+void MainWindowMainWindow::audioPanelCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->audioPanel(w, call);
+}
+
+void MainWindowMainWindow::statisticsCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->statistics(w, call);
+}
+
+void MainWindowMainWindow::chatCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->chat(w, call);
+}
+
+void MainWindowMainWindow::confCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->conf(w, call);
+}
+
+void MainWindowMainWindow::overviewCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->overview(w, call);
+}
+
+void MainWindowMainWindow::usersCallback(Widget w, XtPointer self, XtPointer call)
+{
+    window(self)->form_->users(w, call);
+}

@@ -1,0 +1,66 @@
+// The main window, which owns the system and tears it down.
+#pragma once
+
+#include "audio/audio_app.h"
+#include "framework/orvik_control.h"
+#include "platform/net/reactor.h"
+#include "platform/vk/window.h"
+#include "signalling/session_control.h"
+#include "ui/main_form.h"
+
+#include <memory>
+
+/// Main form, session controller reference, framework control, audio and video
+/// application. User-interface thread.
+class MainWindowMainWindow : public VkWindow, public QD_Media_Control {
+public:
+    /// Builds window and system; what is left of the command line goes to the
+    /// framework control, which ends the process if it cannot register.
+    /// `wake_fd` ends the waits of handle_events() when readable.
+    MainWindowMainWindow(const char* name, char** argv, int argc, int wake_fd);
+
+    /// Closes audio, then video, and takes the rest down.
+    ~MainWindowMainWindow() override;
+
+    /// The same, but for the framework control, which stays; then the process ends with status 0.
+    bool okToQuit() override;
+
+    const char* className() override { return "MainWindowMainWindow"; }
+
+    /// Watches the member streams.
+    Reactor* getReactor() { return &reactor_; }
+
+    /// One pass of the control loop; see QD_Orvik_Control::handle_events.
+    int handle_events(int wait_ms);
+
+    void playVideo() override;
+    void stopVideo() override;
+    void playAudio() override;
+    void stopAudio() override;
+    void updateOptions(_options* options) override;
+    void setMicCutoffLevel(int level) override;
+
+private:
+    void build_menus();
+    void close_media();
+    void draw_levels();
+
+    static void quitCallback(Widget w, XtPointer self, XtPointer call);
+    static void resetCallback(Widget w, XtPointer self, XtPointer call);
+    static void optionsCallback(Widget w, XtPointer self, XtPointer call);
+    static void audioPanelCallback(Widget w, XtPointer self, XtPointer call);
+    static void statisticsCallback(Widget w, XtPointer self, XtPointer call);
+    static void chatCallback(Widget w, XtPointer self, XtPointer call);
+    static void confCallback(Widget w, XtPointer self, XtPointer call);
+    static void overviewCallback(Widget w, XtPointer self, XtPointer call);
+    static void usersCallback(Widget w, XtPointer self, XtPointer call);
+    [[noreturn]] void quit();
+    void reset();
+
+    Reactor reactor_;
+    std::unique_ptr<MainForm> form_;
+    QD_Session_Control* session_;
+    std::unique_ptr<QD_Orvik_Control> framework_;
+    std::unique_ptr<QD_AudioApp> audio_;
+    QD_Clock::Time levels_drawn_;
+};

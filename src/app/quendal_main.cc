@@ -1,0 +1,17 @@
+// quendal: the videoconferencing client, started by the framework with four arguments.
+#include "app/control_loop.h"
+#include "app/main_window.h"
+#include "app/termination.h"
+#include "platform/vk/app.h"
+
+int main(int argc, char** argv)
+{
+    InitEZ();
+    VkApp application("Application", &argc, argv);
+    QD_Termination termination;
+    ctrlWorkProcHandle = XtAppAddWorkProc(application.appContext(), ctrlWorkProc, &termination);
+    mainWindow = new MainWindowMainWindow(
+        "Quendal Videoconferencing", argv, argc, termination.get_handle());
+    mainWindow->show();
+    application.run();
+}

@@ -1,0 +1,21 @@
+// Being asked by the system to end.
+#pragma once
+
+#include "platform/net/wake.h"
+
+/// Turns SIGTERM, SIGINT and SIGHUP into the end of the session, just as when
+/// the framework ends it, and lets SIGPIPE and the end of child processes pass
+/// without effect. One per process, made before the threads.
+class QD_Termination {
+public:
+    QD_Termination();
+
+    /// Whether the process is to end. Any thread.
+    bool requested() const;
+
+    /// Readable from then on, for waiting beside other descriptors.
+    int get_handle() const;
+};
+
+/// Does nothing: handles the signal that a child process has ended.
+void thread_killed(int signal);

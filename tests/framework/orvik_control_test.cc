@@ -1,0 +1,112 @@
+#include "framework/orvik_control.h"
+
+#include "tests/support/loopback.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+
+namespace {
+
+// The controller under test, launched by a framework that the test plays.
+class OrvikControlTest : public testing::Test {
+protected:
+    OrvikControlTest()
+    {
+        qd_use_test_address();
+        QD_Fd listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_in address {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        ::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), size);
+        ::listen(listener.get(), 1);
+        ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size);
+        std::string port = std::to_string(ntohs(address.sin_port));
+        char number[] = "1";
+        char* argv[] = {number, number, number, number, port.data(), nullptr};
+        control_ = std::make_unique<QD_Orvik_Control>(5, argv);
+        framework_.reset(::accept(listener.get(), nullptr, nullptr));
+        hear(12);
+    }
+    ~OrvikControlTest() override { session_->reset(); }
+
+    void say(const std::string& payload, char type = 9)
+    {
+        std::string event("\0\0\0", 3);
+        event += type;
+        event += std::string("\0\0\0", 3) + static_cast<char>(payload.size()) + payload;
+        ASSERT_EQ(::send(framework_.get(), event.data(), event.size(), 0),
+            static_cast<ssize_t>(event.size()));
+    }
+
+    std::string hear(size_t bytes)
+    {
+        std::string got(bytes, '\0');
+        ::recv(framework_.get(), got.data(), bytes, MSG_WAITALL);
+        return got;
+    }
+
+    QD_Session_Ref session_;
+    QD_Fd framework_;
+    std::unique_ptr<QD_Orvik_Control> control_;
+};
+
+}
+
+TEST_F(OrvikControlTest, TheFrameworkAddsAndRemovesMembersAndEndsTheSession)
+{
+    say(std::string("=\x7f\0\0\x05\0\0\0\x0b\x1a", 10) + "a name longer than its field");
+    say(std::string("<\0\x7f\0\0\x06\0\0\0\x0c\0", 11));
+    EXPECT_EQ(control_->handle_events(), 0);
+    EXPECT_EQ(control_->handle_events(), 0);
+    ASSERT_EQ(session_->get_member_list()->size(), 2u) << "one event a poll";
+    char name[QD_Member::NAME_SIZE];
+    session_->get_member(11)->get_name(name);
+    EXPECT_STREQ(name, "a name longer than ");
+    EXPECT_EQ(session_->get_member(12)->get_stream(), nullptr);
+
+    // Neither kind of junk, nor an id that nobody has, changes anything.
+    for (const std::string& junk : {std::string(), std::string("="), std::string("hello"),
+             std::string("?\0\0\0\0\0\0\0\1\0", 10)}) {
+        say(junk);
+        EXPECT_EQ(control_->handle_events(), 0);
+    }
+    EXPECT_EQ(session_->get_member_list()->size(), 2u);
+    say(std::string("?\0\0\0\0\0\0\0\x0b\0", 10));
+    EXPECT_EQ(control_->handle_events(), 0);
+    EXPECT_EQ(session_->get_member(11), nullptr);
+    say(">");
+    EXPECT_EQ(control_->handle_events(), -1);
+}
+
+TEST_F(OrvikControlTest, AQuietFrameworkCostsAtMostATenthOfASecond)
+{
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(control_->handle_events(), 0);
+    const auto waited = std::chrono::steady_clock::now() - before;
+    EXPECT_GE(waited, std::chrono::milliseconds(99));
+    EXPECT_LT(waited, std::chrono::milliseconds(1000));
+    EXPECT_EQ(control_->handle_events(0), 0);
+}
+
+TEST_F(OrvikControlTest, ADisplayRequestEndsTheWaitOnce)
+{
+    Reactor reactor;
+    reactor.add_wake(session_->get_wake().get());
+    session_->set_reactor(&reactor);
+    session_->get_wake().raise();
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(control_->handle_events(10000), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+    EXPECT_FALSE(session_->get_wake().take());
+    session_->set_reactor(nullptr);
+}
+
+TEST_F(OrvikControlTest, MessagesGoOutAsEventsOfTypeThirty)
+{
+    EXPECT_EQ(control_->send_msg("hello", 5), 0);
+    EXPECT_EQ(hear(13), std::string("\0\0\0\x1e\0\0\0\5hello", 13));
+}

@@ -1,0 +1,166 @@
+#include "media/application.h"
+
+#include "tests/support/loopback.h"
+#include "tests/support/udp_peer.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+constexpr int PORT = 23456;
+
+struct Message {
+    rtp_fix_header header;
+    std::string payload;
+    int len;
+};
+
+class Recorder : public QD_Application {
+public:
+    Recorder() : QD_Application(PORT) {}
+
+    int process_message(rtp_fix_header* hdr, char* data, int len) override
+    {
+        QD_Lock hold(mutex_);
+        messages_.push_back(
+            {*hdr, len > 0 ? std::string(data, static_cast<size_t>(len)) : "", len});
+        return 0;
+    }
+
+    std::vector<Message> wait_for(size_t count)
+    {
+        qd_wait_for([&] {
+            QD_Lock hold(mutex_);
+            return messages_.size() >= count;
+        });
+        QD_Lock hold(mutex_);
+        return messages_;
+    }
+
+private:
+    QD_Mutex mutex_;
+    std::vector<Message> messages_;
+};
+
+class ApplicationTest : public testing::Test {
+protected:
+    ApplicationTest() { qd_use_test_address(); }
+    ~ApplicationTest() override { session_->reset(); }
+
+    void join(int id, uint32_t host)
+    {
+        session_->new_member(new QD_Member(nullptr, id, "m", host));
+    }
+
+    QD_Session_Ref session_;
+};
+
+}
+
+TEST_F(ApplicationTest, EveryOtherMemberGetsTheSamePacket)
+{
+    Recorder app;
+    ASSERT_EQ(app.init(), 0);
+    QD_Udp_Peer anna(qd_test_host(2), PORT);
+    QD_Udp_Peer bernt(qd_test_host(3), PORT);
+    ASSERT_TRUE(anna.bound() && bernt.bound());
+
+    EXPECT_EQ(app.send_data(15, "alone", 5), 0); // packet 0, to nobody
+    join(7, qd_test_host(1));
+    join(0x01020304, qd_test_host(2));
+    join(-9, qd_test_host(3));
+    EXPECT_EQ(app.send_data(128 + 14, "hello", 5), 0);
+    const std::string got = anna.receive();
+    ASSERT_EQ(got.size(), 17u);
+    EXPECT_EQ(got.substr(0, 4), std::string("\x80\x0e\x00\x01", 4));
+    EXPECT_EQ(got.substr(8), std::string("\x00\x00\x00\x07hello", 9));
+    EXPECT_EQ(bernt.receive(), got);
+    EXPECT_EQ(app.send_data(14, "", 0), 0);
+    EXPECT_EQ(anna.receive().substr(2, 2), std::string("\x00\x02", 2));
+    EXPECT_EQ(app.get_sent(), 3);
+
+    app.close();
+    EXPECT_EQ(app.send_data(14, "late", 4), -1);
+}
+
+TEST_F(ApplicationTest, AFailingDestinationEndsTheFanOut)
+{
+    Recorder app;
+    ASSERT_EQ(app.init(), 0);
+    QD_Udp_Peer before(qd_test_host(2), PORT);
+    QD_Udp_Peer behind(qd_test_host(3), PORT);
+    join(1, qd_test_host(2));
+    join(2, 0xffffffff); // broadcasting is refused by the system
+    join(3, qd_test_host(3));
+    EXPECT_EQ(app.send_data(15, "x", 1), -1);
+    EXPECT_EQ(before.receive().size(), 13u);
+    EXPECT_EQ(behind.receive(50), "");
+    app.close();
+}
+
+TEST_F(ApplicationTest, TakesDatagramsOfAnyLengthAndGoesOn)
+{
+    Recorder app;
+    ASSERT_EQ(app.init(), 0);
+    QD_Udp_Peer peer(qd_test_host(2), PORT);
+    const std::string header("\x80\x0f\x00\x05\x00\x00\x00\x06\x00\x00\x00\x07", 12);
+    const uint32_t to = qd_test_host(1);
+    for (const std::string& datagram : {std::string(), header.substr(0, 1), std::string(),
+             header.substr(0, 11), header, header + std::string(64988, 'z')})
+        ASSERT_TRUE(peer.send(datagram, to));
+
+    const std::vector<Message> got = app.wait_for(4);
+    ASSERT_EQ(got.size(), 4u) << "empty datagrams are never received, the others all are";
+    EXPECT_EQ(got[0].len, -11);
+    EXPECT_EQ(got[1].len, -1);
+    EXPECT_EQ(got[2].len, 0);
+    EXPECT_EQ(got[2].header, (rtp_fix_header {2, 0, 0, 0, 0, 15, 5, 6, 7}));
+    EXPECT_EQ(got[3].payload, std::string(64988, 'z'));
+    app.close();
+}
+
+TEST_F(ApplicationTest, ThePacketNumberWrapsOnTheWireOnly)
+{
+    Recorder app;
+    rtp_fix_header header;
+    header.m = header.p = header.ssrc = 1;
+    for (int i = 0; i < 65536; ++i)
+        app.fill_rtp_header(&header, 0);
+    EXPECT_EQ(header.seq, 65535);
+    app.fill_rtp_header(&header, 200);
+    EXPECT_EQ(header, (rtp_fix_header {2, 0, 0, 0, 0, 72, 0, header.ts, 0}));
+    EXPECT_EQ(app.get_sent(), 65537);
+}
+
+TEST_F(ApplicationTest, FailsToStartWhereThePortIsTaken)
+{
+    QD_Udp_Peer other(qd_test_host(1), PORT);
+    Recorder app;
+    EXPECT_EQ(app.init(), -1);
+    app.close();
+}
+
+TEST_F(ApplicationTest, SendingAndReceivingOutliveJoinsLeavesAndTheClose)
+{
+    Recorder app;
+    ASSERT_EQ(app.init(), 0);
+    QD_Udp_Peer peer(qd_test_host(2), PORT);
+    join(1, qd_test_host(1));
+    std::atomic<bool> going = true;
+    std::thread sender([&] {
+        while (going)
+            app.send_data(15, "x", 1);
+    });
+    for (int round = 0; round < 100; ++round) {
+        join(2, qd_test_host(2));
+        EXPECT_EQ(app.get_internal_id(2), session_->get_member(2)->get_internal_id());
+        session_->delete_member(2);
+        EXPECT_EQ(app.get_internal_id(2), -1);
+    }
+    app.close();
+    going = false;
+    sender.join();
+    EXPECT_EQ(app.get_data_sock(), -1);
+}

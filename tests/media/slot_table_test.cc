@@ -1,0 +1,42 @@
+#include "media/slot_table.h"
+
+#include <gtest/gtest.h>
+#include <set>
+
+TEST(SlotTable, AHundredMembersHaveSlotsOfTheirOwnAndTheNextWaitsForAnIdleOne)
+{
+    QD_Slot_Table table;
+    bool fresh = false;
+    std::set<int> slots;
+    for (int id = 1000; id < 1100; ++id) {
+        slots.insert(table.use(id, static_cast<unsigned>(id), &fresh));
+        EXPECT_TRUE(fresh);
+    }
+    EXPECT_EQ(slots.size(), 100u);
+    EXPECT_EQ(*slots.begin(), 0);
+    EXPECT_EQ(*slots.rbegin(), 99);
+
+    const int of_1001 = table.use(1001, 1500, &fresh);
+    EXPECT_FALSE(fresh);
+    EXPECT_EQ(table.use(5, 1999, &fresh), -1) << "all were used within the last second";
+    const int taken = table.use(5, 2000, &fresh);
+    EXPECT_TRUE(fresh);
+    EXPECT_NE(taken, of_1001);
+    EXPECT_EQ(table.use(5, 2000, &fresh), taken);
+    EXPECT_FALSE(fresh);
+}
+
+TEST(SlotTable, SlotsOfThoseWhoLeftAreGivenBackOnce)
+{
+    QD_Slot_Table table;
+    bool fresh = false;
+    const int stays = table.use(3, 0, &fresh);
+    const int goes = table.use(4, 0, &fresh);
+    std::vector<int> left;
+    const QD_Roster roster {1, {{17, 3, 0}}};
+    for (int round = 0; round < 2; ++round)
+        table.sweep(roster, [&](int slot) { left.push_back(slot); });
+    EXPECT_EQ(left, std::vector {goes});
+    EXPECT_EQ(table.use(3, 0, &fresh), stays);
+    EXPECT_EQ(table.use(9, 0, &fresh), goes);
+}

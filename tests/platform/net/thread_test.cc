@@ -1,0 +1,78 @@
+#include "platform/net/thread.h"
+
+#include "tests/support/wait.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+namespace {
+
+using std::chrono::steady_clock;
+
+struct Sleeper : SprocThread {
+    std::atomic<int> passes = 0;
+    int run() override
+    {
+        while (running != 0) {
+            ++passes;
+            pause(60000);
+        }
+        return 0;
+    }
+};
+
+struct Stuck : SprocThread {
+    std::atomic<bool> release = false;
+    std::atomic<bool> gone = false;
+    int run() override
+    {
+        while (!release)
+            usleep(1000);
+        gone = true;
+        return 0;
+    }
+};
+
+}
+
+TEST(SprocThread, KillEndsASleepAtOnceAndItCanStartAgain)
+{
+    Sleeper sleeper;
+    EXPECT_EQ(sleeper.kill(), 0) << "nothing runs yet";
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_EQ(sleeper.start(), 0);
+        EXPECT_EQ(sleeper.start(), -1);
+        const int before = sleeper.passes;
+        ASSERT_TRUE(qd_wait_for([&] { return sleeper.passes > before; }));
+        const auto asked = steady_clock::now();
+        EXPECT_EQ(sleeper.kill(), 0);
+        EXPECT_LT(steady_clock::now() - asked, std::chrono::seconds(1));
+    }
+}
+
+TEST(SprocThread, WakeEndsOneSleep)
+{
+    Sleeper sleeper;
+    sleeper.start();
+    ASSERT_TRUE(qd_wait_for([&] { return sleeper.passes == 1; }));
+    sleeper.wake();
+    EXPECT_TRUE(qd_wait_for([&] { return sleeper.passes == 2; }));
+    EXPECT_GT(sleeper.pid(), 0);
+    sleeper.kill();
+}
+
+TEST(SprocThread, AStuckThreadIsReportedAndLeftWithinTheBound)
+{
+    auto* stuck = new Stuck;
+    stuck->start();
+    testing::internal::CaptureStderr();
+    const auto asked = steady_clock::now();
+    EXPECT_EQ(stuck->kill(50), -1);
+    EXPECT_LT(steady_clock::now() - asked, std::chrono::seconds(1));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("does not end"), std::string::npos);
+    stuck->release = true; // so that it ends before its memory goes
+    ASSERT_TRUE(qd_wait_for([&] { return stuck->gone.load(); }));
+    const pid_t thread = stuck->pid();
+    ASSERT_TRUE(qd_wait_for([&] { return tgkill(getpid(), thread, 0) != 0; }));
+    delete stuck;
+}

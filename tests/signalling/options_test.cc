@@ -1,0 +1,78 @@
+#include "signalling/options.h"
+
+#include <array>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using Image = std::array<uint8_t, _options::IMAGE_SIZE>;
+
+// Written by hand: every field at its offset, big-endian.
+Image image_by_hand()
+{
+    Image image {};
+    const auto put = [&](size_t at, const std::string& bytes) {
+        memcpy(&image[at], bytes.data(), bytes.size());
+    };
+    put(0, std::string("\0\0\0\3", 4));
+    put(4, std::string("\0\0\0\0", 4));
+    put(8, "anna");
+    put(58, "anna@example.org");
+    put(158, "server.example.org");
+    put(260, std::string("\0\0\0\1", 4));
+    put(264, std::string("\0\0\0\xff", 4));
+    put(268, std::string("\0\0\1\2", 4));
+    put(272, std::string("\xff\xff\xff\xff", 4));
+    put(276, std::string("\x12\x34\x56\x78", 4));
+    return image;
+}
+
+}
+
+TEST(Options, AgreeWithTheFileImageBothWays)
+{
+    const _options options = _options::decode(image_by_hand());
+    EXPECT_EQ(options.connection, _lan);
+    EXPECT_EQ(options.auto_accept, 0);
+    EXPECT_STREQ(options.local_name, "anna");
+    EXPECT_STREQ(options.email, "anna@example.org");
+    EXPECT_STREQ(options.server_name, "server.example.org");
+    EXPECT_EQ(options.manual_switch, 1);
+    EXPECT_EQ(options.volume, 255);
+    EXPECT_EQ(options.mic_volume, 258);
+    EXPECT_EQ(options.fps_max, -1);
+    EXPECT_EQ(options.mic_cutoff, 0x12345678);
+
+    Image out;
+    out.fill(0xaa);
+    options.encode(out);
+    EXPECT_EQ(out, image_by_hand());
+}
+
+TEST(Options, TextsWithoutAnEndAreCutAndPaddingIsZero)
+{
+    Image full;
+    full.fill('x');
+    const _options options = _options::decode(full);
+    EXPECT_EQ(strlen(options.local_name), 49u);
+    EXPECT_EQ(strlen(options.email), 99u);
+    EXPECT_EQ(strlen(options.server_name), 99u);
+    Image out;
+    options.encode(out);
+    EXPECT_EQ(out[57], 0);
+    EXPECT_EQ(out[258] + out[259], 0);
+}
+
+TEST(Options, DefaultsAreThoseOfANewUser)
+{
+    const _options options;
+    EXPECT_EQ(options.connection, _modem28);
+    EXPECT_EQ(options.auto_accept, 1);
+    EXPECT_STREQ(options.local_name, "user");
+    EXPECT_EQ(options.volume, 125);
+    EXPECT_EQ(options.mic_volume, 125);
+    EXPECT_EQ(options.fps_max, 5);
+    EXPECT_EQ(options.mic_cutoff, 0);
+}
