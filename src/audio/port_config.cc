@@ -1,0 +1,38 @@
+#include "audio/port_config.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+int fail(const char* message)
+{
+    fputs(message, stderr);
+    return -1;
+}
+
+}
+
+int qd_open_audio_port(const char* name, const char* direction, ALconfig& conf, ALport& port)
+{
+    qd_close_audio_port(conf, port);
+    conf = ALnewconfig();
+    if (!conf)
+        return fail("Config allocation error\n");
+    if (ALsetchannels(conf, 1) < 0)
+        return fail("Setting channel error\n");
+    if (ALsetqueuesize(conf, 1600) < 0)
+        return fail("Setting queue size error\n");
+    if (ALsetwidth(conf, 2) < 0)
+        return fail("Setting sample width error\n");
+    port = ALopenport(name, direction, conf);
+    return port ? 0 : -1;
+}
+
+void qd_close_audio_port(ALconfig& conf, ALport& port)
+{
+    if (port)
+        ALcloseport(std::exchange(port, nullptr));
+    if (conf)
+        ALfreeconfig(std::exchange(conf, nullptr));
+}

@@ -1,0 +1,135 @@
+#include "platform/al/al.h"
+#include "tests/support/pulse_server.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+long parameter(long name)
+{
+    long pair[] = {name, -7};
+    EXPECT_EQ(ALgetparams(AL_DEFAULT_DEVICE, pair, 2), 0);
+    return pair[1];
+}
+
+class Al : public testing::Test {
+protected:
+    Al()
+    {
+        setenv("QD_MIC", "silence", 1);
+        setenv("QD_SPEAKER", "null", 1);
+    }
+    ~Al() override
+    {
+        ALfreeconfig(config_);
+        qd_al_shutdown();
+    }
+
+    ALconfig config_ = ALnewconfig();
+};
+
+}
+
+TEST_F(Al, ConfigurationsTakeOnlyWhatPortsCanHave)
+{
+    EXPECT_EQ(ALsetchannels(config_, 1), 0);
+    EXPECT_EQ(ALsetwidth(config_, 2), 0);
+    EXPECT_EQ(ALsetqueuesize(config_, 65536), 0);
+    EXPECT_EQ(ALsetchannels(config_, 2), -1);
+    EXPECT_EQ(ALsetwidth(config_, 1), -1);
+    for (long size : {0L, -1L, 65537L})
+        EXPECT_EQ(ALsetqueuesize(config_, size), -1);
+
+    EXPECT_EQ(ALsetchannels(nullptr, 1), -1);
+    EXPECT_EQ(ALsetwidth(nullptr, 2), -1);
+    EXPECT_EQ(ALsetqueuesize(nullptr, 1600), -1);
+    EXPECT_EQ(ALfreeconfig(nullptr), -1);
+}
+
+TEST_F(Al, PortsServeOneDirection)
+{
+    std::vector<int16_t> samples(80, 1);
+    EXPECT_FALSE(ALopenport("mic", "r", nullptr));
+    for (const char* direction : {"", "rw", "x"})
+        EXPECT_FALSE(ALopenport("mic", direction, config_));
+    EXPECT_FALSE(ALopenport("mic", nullptr, config_));
+    EXPECT_EQ(ALcloseport(nullptr), -1);
+    EXPECT_EQ(ALreadsamps(nullptr, samples.data(), 80), -1);
+    EXPECT_EQ(ALwritesamps(nullptr, samples.data(), 80), -1);
+
+    ALport mic = ALopenport("mic", "r", config_);
+    ALport speaker = ALopenport("speaker", "w", config_);
+    ASSERT_TRUE(mic && speaker);
+    EXPECT_EQ(ALwritesamps(mic, samples.data(), 80), -1);
+    EXPECT_EQ(ALreadsamps(speaker, samples.data(), 80), -1);
+    EXPECT_EQ(ALreadsamps(mic, samples.data(), -1), -1);
+    EXPECT_EQ(ALwritesamps(speaker, samples.data(), -1), -1);
+    EXPECT_EQ(ALwritesamps(speaker, samples.data(), 80), 0);
+    EXPECT_EQ(ALreadsamps(mic, samples.data(), 80), 0);
+    EXPECT_EQ(samples, std::vector<int16_t>(80));
+    EXPECT_EQ(ALcloseport(mic), 0);
+    EXPECT_EQ(ALcloseport(speaker), 0);
+}
+
+TEST_F(Al, GainsComeBackAsSetAndAreCutToTheirRange)
+{
+    EXPECT_EQ(parameter(AL_LEFT_SPEAKER_GAIN), 255);
+    EXPECT_EQ(parameter(AL_LEFT_INPUT_ATTEN), 0);
+    for (long value = -2; value <= 257; ++value) {
+        const long pairs[] = {AL_LEFT_SPEAKER_GAIN, value, AL_RIGHT_SPEAKER_GAIN, 255 - value,
+            AL_LEFT_INPUT_ATTEN, value, AL_RIGHT_INPUT_ATTEN, 7};
+        ASSERT_EQ(ALsetparams(AL_DEFAULT_DEVICE, pairs, 8), 0);
+        const long cut = std::clamp(value, 0L, 255L);
+        EXPECT_EQ(parameter(AL_LEFT_SPEAKER_GAIN), cut);
+        EXPECT_EQ(parameter(AL_RIGHT_SPEAKER_GAIN), 255 - cut);
+        EXPECT_EQ(parameter(AL_LEFT_INPUT_ATTEN), cut);
+        EXPECT_EQ(parameter(AL_RIGHT_INPUT_ATTEN), 7);
+    }
+}
+
+TEST_F(Al, RefusedParametersChangeNothing)
+{
+    const long rate[] = {AL_OUTPUT_RATE, 8000, AL_INPUT_RATE, 8000};
+    EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, rate, 4), 0);
+    EXPECT_EQ(parameter(AL_OUTPUT_RATE), 8000);
+
+    const long refused[][4] = {
+        {AL_LEFT_SPEAKER_GAIN, 3, AL_OUTPUT_RATE, 44100},
+        {AL_LEFT_SPEAKER_GAIN, 3, 99, 0},
+    };
+    for (const auto& pairs : refused)
+        EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, pairs, 4), -1);
+    EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE + 1, refused[0], 2), -1);
+    EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, refused[0], 3), -1);
+    EXPECT_EQ(parameter(AL_LEFT_SPEAKER_GAIN), 255);
+
+    long unknown[] = {AL_LEFT_SPEAKER_GAIN, -7, 99, -7};
+    EXPECT_EQ(ALgetparams(AL_DEFAULT_DEVICE, unknown, 4), -1);
+    EXPECT_EQ(unknown[1], -7);
+}
+
+// A wrong value is told when the device is first wanted, not again with every port.
+TEST_F(Al, TheEnvironmentIsReadOnce)
+{
+    setenv("QD_SPEAKER", "trumpet", 1);
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 3; ++i)
+        ALcloseport(ALopenport("speaker", "w", config_));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+        "QD_SPEAKER=trumpet: not one of pulse[:SINK] null file:DIR\n");
+}
+
+TEST_F(Al, AShutDownFileSpeakerHasCompleteFilesAndStartsAnew)
+{
+    QD_Temp_Dir dir;
+    for (const char* name : {"one", "two"}) {
+        qd_al_shutdown();
+        setenv("QD_SPEAKER", ("file:" + (dir / name)).c_str(), 1);
+        ALport port = ALopenport("speaker", "w", config_);
+        ALcloseport(port);
+        qd_al_shutdown();
+        EXPECT_EQ(std::filesystem::file_size((dir / name) + "/port-1.wav"), 44u);
+    }
+}

@@ -1,0 +1,45 @@
+#include "platform/al/device.h"
+#include "tests/support/pulse_server.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+TEST(DeviceTable, AWrongValueIsOneLineAndTheDefault)
+{
+    QD_Temp_Dir dir;
+    std::ofstream(dir / "plain") << "in the way";
+    struct {
+        QD_Al_Port::Side side;
+        std::string text;
+        const char* line; // nothing is printed if empty
+    } const cases[] = {
+        {QD_Al_Port::CAPTURE, "", ""},
+        {QD_Al_Port::CAPTURE, "silence", ""},
+        {QD_Al_Port::CAPTURE, "tone:440.5", ""},
+        {QD_Al_Port::CAPTURE, "pulse:some.source", ""},
+        {QD_Al_Port::PLAY, "null", ""},
+        {QD_Al_Port::PLAY, "file:" + (dir / "a/new/one"), ""},
+        {QD_Al_Port::CAPTURE, "null",
+            "QD_MIC=null: not one of pulse[:SOURCE] silence tone:HZ file:X.wav\n"},
+        {QD_Al_Port::PLAY, "tone:440",
+            "QD_SPEAKER=tone:440: not one of pulse[:SINK] null file:DIR\n"},
+        {QD_Al_Port::CAPTURE, "tone:", "QD_MIC=tone:: a frequency"},
+        {QD_Al_Port::CAPTURE, "tone:4000", "QD_MIC=tone:4000: a frequency"},
+        {QD_Al_Port::CAPTURE, "tone:-1", "QD_MIC=tone:-1: a frequency"},
+        {QD_Al_Port::CAPTURE, "tone:440x", "QD_MIC=tone:440x: a frequency"},
+        {QD_Al_Port::CAPTURE, "tone:nan", "QD_MIC=tone:nan: a frequency"},
+        {QD_Al_Port::CAPTURE, "silence:1", "QD_MIC=silence:1: nothing"},
+        {QD_Al_Port::CAPTURE, "file:" + (dir / "none.wav"), "QD_MIC=file:"},
+        {QD_Al_Port::PLAY, "file:" + (dir / "plain"), "QD_SPEAKER=file:"},
+        {QD_Al_Port::PLAY, "file:", "QD_SPEAKER=file:: there is no such directory"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(qd_make_al_device(c.side, c.text.c_str()));
+        const std::string printed = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(printed.substr(0, std::string(c.line).size()), c.line);
+        EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), *c.line != '\0' ? 1 : 0);
+    }
+    EXPECT_TRUE(qd_make_al_device(QD_Al_Port::PLAY, nullptr));
+}

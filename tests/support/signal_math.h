@@ -1,0 +1,53 @@
+// Comparing sound that has been through a device.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <numbers>
+#include <span>
+#include <vector>
+
+/// `count` samples of a sine, 8000 a second.
+inline std::vector<int16_t> qd_sine(double hertz, size_t count, double amplitude = 8000)
+{
+    std::vector<int16_t> out(count);
+    for (size_t i = 0; i < count; ++i)
+        out[i] = static_cast<int16_t>(std::lround(
+            amplitude * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / 8000)));
+    return out;
+}
+
+/// The amplitude of one frequency in the samples (a single bin of a Fourier transform).
+inline double qd_amplitude(std::span<const int16_t> samples, double hertz)
+{
+    double re = 0;
+    double im = 0;
+    for (size_t i = 0; i < samples.size(); ++i) {
+        const double turn = 2 * std::numbers::pi * hertz * static_cast<double>(i) / 8000;
+        re += samples[i] * std::cos(turn);
+        im += samples[i] * std::sin(turn);
+    }
+    return 2 * std::hypot(re, im) / static_cast<double>(std::max<size_t>(samples.size(), 1));
+}
+
+/// The best normalised correlation of `sent` with any place in `heard`, 0..1.
+inline double qd_correlation(std::span<const int16_t> sent, std::span<const int16_t> heard)
+{
+    double best = 0;
+    double sent_power = 0;
+    for (double s : sent)
+        sent_power += s * s;
+    for (size_t at = 0; at + sent.size() <= heard.size(); ++at) {
+        double dot = 0;
+        double power = 0;
+        for (size_t i = 0; i < sent.size(); ++i) {
+            dot += static_cast<double>(sent[i]) * heard[at + i];
+            power += static_cast<double>(heard[at + i]) * heard[at + i];
+        }
+        if (power > 0)
+            best = std::max(best, dot / std::sqrt(sent_power * power));
+    }
+    return best;
+}
