@@ -1,0 +1,62 @@
+// The application as the toolkit sees it: display connection, resources, event loop.
+#pragma once
+
+#include <X11/Intrinsic.h>
+#include <vector>
+
+class VkSimpleWindow;
+
+/// One per process, made before any component. User-interface thread only.
+class VkApp {
+public:
+    /// Opens the display and takes the toolkit's options (-display, -geometry,
+    /// -xrm, ...) out of `argc` and `argv`. The application resources are looked
+    /// up under `appClass`. If the display cannot be opened, one line on
+    /// standard error says so and the process exits with status 1.
+    VkApp(const char* appClass, int* argc, char** argv);
+    ~VkApp();
+    VkApp(const VkApp&) = delete;
+    VkApp& operator=(const VkApp&) = delete;
+
+    /// The event loop: never returns. Work procedures run whenever no event is
+    /// pending; a standing one must wait by itself (see pendingInput()).
+    [[noreturn]] void run();
+
+    /// Asks the windows, the newest first, whether the application may quit.
+    /// The first refusal ends the matter, else the process exits with status 0.
+    void quitYourself();
+
+    [[noreturn]] void terminate(int status = 0);
+
+    XtAppContext appContext() const { return context_; }
+    Display* display() const { return display_; }
+
+    /// The never shown shell that all windows hang from.
+    Widget baseWidget() const { return base_; }
+
+    /// The descriptor of the X connection, for waiting on it beside others.
+    int connectionNumber() const { return ConnectionNumber(display_); }
+
+    /// Sends what is to be sent and tells whether events or due timers wait to
+    /// be handled, in which case nobody may sleep on connectionNumber().
+    bool pendingInput() const { return XtAppPending(context_) != 0; }
+
+    /// The windows in the order of their making.
+    const std::vector<VkSimpleWindow*>& windows() const { return windows_; }
+
+private:
+    friend class VkSimpleWindow;
+    /// Returns whether `window` is the first of all, to which -geometry, -iconic
+    /// and -title belong.
+    bool enlist(VkSimpleWindow* window);
+    void strike(VkSimpleWindow* window);
+
+    XtAppContext context_ = nullptr;
+    Display* display_ = nullptr;
+    Widget base_ = nullptr;
+    std::vector<VkSimpleWindow*> windows_;
+    bool any_window_ = false;
+};
+
+/// The one application, null before it is made.
+extern VkApp* theApplication;

@@ -1,0 +1,71 @@
+#include "platform/vk/looks.h"
+
+namespace {
+
+constexpr VkResource LOOKS[] = {
+    // Fonts. A size is in pixels, since VkApp sets the font library's resolution to 72 dpi.
+    {"*renderTable", "rt"},
+    {"*buttonRenderTable", "rt"},
+    {"*labelRenderTable", "rt"},
+    {"*textRenderTable", "rt"},
+    {"*rt*fontType", "FONT_IS_XFT"},
+    {"*rt*fontName", "Open Sans"},
+    {"*rt*fontSize", "12"},
+    {"*rt*fontStyle", "Regular"},
+    {"*XmFrame.XmLabel.renderTable", "bold"},
+    {"*bold*fontType", "FONT_IS_XFT"},
+    {"*bold*fontName", "Open Sans"},
+    {"*bold*fontSize", "12"},
+    {"*bold*fontStyle", "Bold"},
+
+    // Colours.
+    {"*background", "#e6eaee"},
+    {"*foreground", "#1f2933"},
+    {"*topShadowColor", "#fbfcfd"},
+    {"*bottomShadowColor", "#9aa6b2"},
+    {"*highlightColor", "#2f6f9f"},
+    {"*borderWidth", "0"},
+    {"*XmText.background", "#ffffff"},
+    {"*XmTextField.background", "#ffffff"},
+    {"*XmList.background", "#ffffff"},
+    {"*XmList.selectColor", "#bcd8ee"},
+    {"*readOnlyBackground", "#22303c"},
+    {"*troughColor", "#cbd3da"},
+    {"*XmScrollBar.background", "#e6eaee"},
+    {"*menuBar.background", "#d9dfe5"},
+    {"*menuBar*XmCascadeButton.background", "#d9dfe5"},
+    {"*XmPushButton.background", "#f3f5f7"},
+
+    // Shapes.
+    {"*enableThinThickness", "True"},
+    {"*highlightThickness", "1"},
+    {"*XmPushButton.shadowThickness", "1"},
+    {"*XmPushButton.marginHeight", "3"},
+    {"*XmPushButton.marginWidth", "6"},
+    {"*XmTextField.shadowThickness", "1"},
+    {"*XmTextField.marginHeight", "2"},
+    {"*XmTextField.marginWidth", "4"},
+    {"*XmList.shadowThickness", "1"},
+    {"*XmScrolledWindow.shadowThickness", "1"},
+    {"*XmScrollBar.shadowThickness", "1"},
+    {"*XmScrollBar.width", "14"},
+    {"*XmFrame.shadowThickness", "1"},
+    {"*XmFrame.shadowType", "SHADOW_ETCHED_IN"},
+    {"*XmScale*sliderVisual", "SHADOWED_BACKGROUND"},
+    {"*XmScale*sliderMark", "THUMB_MARK"},
+    {"*menuBar.shadowThickness", "0"},
+    {"*menuBar.marginHeight", "1"},
+    {"*XmCascadeButton.shadowThickness", "1"},
+    {"*XmCascadeButtonGadget.shadowThickness", "1"},
+    {"*XmToggleButton.shadowThickness", "0"},
+    {"*XmToggleButton.indicatorOn", "XmINDICATOR_CHECK_BOX"},
+    {"*XmToggleButton.indicatorSize", "13"},
+    {"*XmToggleButton.detailShadowThickness", "1"},
+    {"*XmToggleButton.selectColor", "#ffffff"},
+    {"*XmToggleButton.unselectColor", "#ffffff"},
+    {"*XmToggleButton.spacing", "5"},
+};
+
+}
+
+VkResources VkLooks() { return LOOKS; }

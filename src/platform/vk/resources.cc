@@ -1,0 +1,71 @@
+#include "platform/vk/resources.h"
+
+#include <X11/Xresource.h>
+#include <array>
+#include <clocale>
+#include <cstring>
+#include <langinfo.h>
+
+namespace {
+
+constexpr size_t MAX_LEVELS = 20;
+
+bool utf8_locale() { return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0; }
+
+void set_locale()
+{
+    std::setlocale(LC_ALL, "");
+    // Text widgets go through the locale: without UTF-8 they would lose every name with an accent.
+    for (const char* fallback : {"C.UTF-8", "en_US.UTF-8"}) {
+        if (utf8_locale() && XSupportsLocale())
+            break;
+        std::setlocale(LC_CTYPE, fallback);
+    }
+    std::setlocale(LC_NUMERIC, "C");
+    XSetLocaleModifiers("");
+}
+
+void put_default(XrmDatabase* db, const char* component, const VkResource& entry)
+{
+    std::array<XrmBinding, MAX_LEVELS + 2> bindings {};
+    std::array<XrmQuark, MAX_LEVELS + 2> quarks {};
+    size_t levels = 1;
+    for (const char* p = entry.name; *p; ++p)
+        levels += *p == '*' || *p == '.';
+    if (levels > MAX_LEVELS)
+        return;
+
+    // The component's name goes in as a quark, never through the parser: it may hold blanks and
+    // dots.
+    const bool own = entry.name[0] != '*';
+    XrmStringToBindingQuarkList(entry.name, &bindings[own], &quarks[own]);
+    if (own) {
+        bindings[0] = XrmBindLoosely;
+        quarks[0] = XrmStringToQuark(component);
+        bindings[1] = entry.name[0] == '.' ? XrmBindTightly : XrmBindLoosely;
+    }
+    XrmQPutStringResource(db, bindings.data(), quarks.data(), entry.value);
+}
+
+}
+
+void InitEZ()
+{
+    static bool done = false;
+    if (done)
+        return;
+    done = true;
+    set_locale();
+    XtToolkitInitialize();
+}
+
+void VkAddDefaults(Widget any, const char* component, VkResources defaults)
+{
+    XrmDatabase added = nullptr;
+    for (const VkResource& entry : defaults)
+        put_default(&added, component, entry);
+    if (!added)
+        return;
+    XrmDatabase database = XtScreenDatabase(XtScreenOfObject(any));
+    XrmCombineDatabase(added, &database, False);
+}

@@ -1,0 +1,24 @@
+// Default resources of components, and the process's part of the toolkit's set-up.
+#pragma once
+
+#include <X11/Intrinsic.h>
+#include <span>
+
+/// One default. The form of the name decides whom it reaches:
+/// "*exitButton.labelString" every widget of that name in the application,
+/// ".title" the component's own widget, "label.labelString" the widget "label"
+/// somewhere below the component.
+struct VkResource {
+    const char* name;
+    const char* value; // UTF-8
+};
+using VkResources = std::span<const VkResource>;
+
+/// Sets the locale (UTF-8 characters, "C" numbers) and initialises the toolkit.
+/// VkApp calls it, too; a second call does nothing.
+void InitEZ();
+
+/// Adds `defaults` to the resources of the display of `any`, beneath what the
+/// user and the application defaults file say for the same names. `component`
+/// may hold any characters, blanks and dots included. Later widgets see them.
+void VkAddDefaults(Widget any, const char* component, VkResources defaults);

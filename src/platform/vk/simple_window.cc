@@ -1,0 +1,188 @@
+#include "platform/vk/simple_window.h"
+
+#include "platform/vk/app.h"
+
+#include <X11/Xatom.h>
+#include <Xm/Form.h>
+#include <Xm/MwmUtil.h>
+#include <Xm/Protocols.h>
+#include <Xm/Xm.h>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+/// What the user asked for the application as a whole (-geometry, -iconic,
+/// -title); it goes to the first window, the base shell being never seen.
+struct First_Window {
+    String geometry;
+    String title;
+    Boolean iconic;
+};
+
+First_Window first_window(Widget base)
+{
+    static XtResource resources[] = {
+        {const_cast<String>(XmNgeometry), const_cast<String>(XmCGeometry),
+            const_cast<String>(XmRString), sizeof(String), XtOffsetOf(First_Window, geometry),
+            const_cast<String>(XmRString), nullptr},
+        {const_cast<String>(XmNtitle), const_cast<String>(XmCTitle), const_cast<String>(XmRString),
+            sizeof(String), XtOffsetOf(First_Window, title), const_cast<String>(XmRString),
+            nullptr},
+        {const_cast<String>(XmNiconic), const_cast<String>(XmCIconic),
+            const_cast<String>(XmRBoolean), sizeof(Boolean), XtOffsetOf(First_Window, iconic),
+            const_cast<String>(XmRImmediate), nullptr},
+    };
+    First_Window first {};
+    XtGetApplicationResources(base, &first, resources, XtNumber(resources), nullptr, 0);
+    return first;
+}
+
+}
+
+VkSimpleWindow::VkSimpleWindow(
+    const char* name, VkResources defaults, ArgList args, Cardinal count) :
+    VkComponent(name)
+{
+    setDefaultResources(theApplication->baseWidget(), defaults);
+    makeShell(args, count);
+    main_ = XtVaCreateManagedWidget(
+        "mainWindow", xmFormWidgetClass, baseWidget(), XmNshadowThickness, 0, nullptr);
+    Atom wm_delete = XInternAtom(XtDisplay(main_), "WM_DELETE_WINDOW", False);
+    XmAddWMProtocolCallback(baseWidget(), wm_delete, &VkSimpleWindow::deleteMessage, this);
+}
+
+VkSimpleWindow::~VkSimpleWindow()
+{
+    if (theApplication)
+        theApplication->strike(this);
+    if (baseWidget())
+        hide();
+}
+
+void VkSimpleWindow::makeShell(ArgList args, Cardinal count)
+{
+    std::vector<Arg> all(args, args + count);
+    auto add = [&all](const char* name, XtArgVal value) {
+        all.push_back({const_cast<String>(name), value});
+    };
+    add(XmNdeleteResponse, XmDO_NOTHING);
+    add(XmNtitleEncoding, None); // the toolkit converts from the locale, that is, from UTF-8
+    add(XmNiconNameEncoding, None);
+    Widget base = theApplication->baseWidget();
+    if (theApplication->enlist(this)) {
+        First_Window first = first_window(base);
+        if (first.geometry)
+            add(XmNgeometry, reinterpret_cast<XtArgVal>(first.geometry));
+        if (first.title)
+            add(XmNtitle, reinterpret_cast<XtArgVal>(first.title));
+        if (first.iconic)
+            add(XmNinitialState, IconicState);
+    }
+    setBaseWidget(XtCreatePopupShell(const_cast<String>(name()), topLevelShellWidgetClass, base,
+        all.data(), static_cast<Cardinal>(all.size())));
+    XtVaSetValues(baseWidget(), XmNiconName, title().c_str(), nullptr);
+}
+
+void VkSimpleWindow::addView(VkComponent* view)
+{
+    XtVaSetValues(view->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment,
+        XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM,
+        nullptr);
+    view->show();
+}
+
+void VkSimpleWindow::realize()
+{
+    Widget shell = baseWidget();
+    XtRealizeWidget(shell);
+    publishTitle();
+
+    int functions = 0;
+    Dimension width = 0;
+    Dimension height = 0;
+    XtVaGetValues(
+        shell, XmNmwmFunctions, &functions, XmNwidth, &width, XmNheight, &height, nullptr);
+    const bool fixed = functions != -1 && !(functions & (MWM_FUNC_RESIZE | MWM_FUNC_ALL));
+    XtVaSetValues(shell, XmNminWidth, width, XmNminHeight, height, nullptr);
+    if (fixed)
+        XtVaSetValues(shell, XmNmaxWidth, width, XmNmaxHeight, height, nullptr);
+}
+
+void VkSimpleWindow::show()
+{
+    Widget shell = baseWidget();
+    if (!shell)
+        return;
+    if (!XtIsRealized(shell))
+        realize();
+    if (shown_)
+        XMapRaised(XtDisplay(shell), XtWindow(shell));
+    else
+        XtPopup(shell, XtGrabNone);
+    shown_ = true;
+}
+
+void VkSimpleWindow::hide()
+{
+    if (shown_)
+        XtPopdown(baseWidget());
+    shown_ = false;
+}
+
+void VkSimpleWindow::iconify()
+{
+    Widget shell = baseWidget();
+    if (!shell)
+        return;
+    if (shown_) {
+        XIconifyWindow(XtDisplay(shell), XtWindow(shell), XScreenNumberOfScreen(XtScreen(shell)));
+        return;
+    }
+    XtVaSetValues(shell, XmNinitialState, IconicState, nullptr);
+    show();
+}
+
+void VkSimpleWindow::setTitle(const char* title)
+{
+    if (!baseWidget())
+        return;
+    XtVaSetValues(baseWidget(), XmNtitle, title, XmNiconName, title, nullptr);
+    if (XtIsRealized(baseWidget()))
+        publishTitle();
+}
+
+std::string VkSimpleWindow::title() const
+{
+    char* title = nullptr;
+    if (baseWidget())
+        XtVaGetValues(baseWidget(), XmNtitle, &title, nullptr);
+    return title ? title : "";
+}
+
+void VkSimpleWindow::publishTitle()
+{
+    // Today's window managers read this one, which is UTF-8 without conversion.
+    Display* display = XtDisplay(baseWidget());
+    std::string text = title();
+    XChangeProperty(display, XtWindow(baseWidget()), XInternAtom(display, "_NET_WM_NAME", False),
+        XInternAtom(display, "UTF8_STRING", False), 8, PropModeReplace,
+        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+}
+
+void VkSimpleWindow::handleWmDeleteMessage()
+{
+    if (okToQuit())
+        delete this;
+}
+
+void VkSimpleWindow::widgetDestroyed()
+{
+    main_ = nullptr;
+    shown_ = false;
+}
+
+void VkSimpleWindow::deleteMessage(Widget, XtPointer self, XtPointer)
+{
+    static_cast<VkSimpleWindow*>(self)->handleWmDeleteMessage();
+}

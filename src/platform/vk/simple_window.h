@@ -1,0 +1,52 @@
+// A top-level window with one view in it.
+#pragma once
+
+#include "platform/vk/component.h"
+
+/// The base widget is the window's shell, a child of the application's. It is
+/// hidden until show(). User-interface thread only.
+class VkSimpleWindow : public VkComponent {
+public:
+    ~VkSimpleWindow() override;
+
+    /// Puts the view, whose widgets are children of mainWindowWidget(), into the
+    /// window, which takes its size. The view is not owned.
+    virtual void addView(VkComponent* view);
+
+    /// The parent for the view's widgets.
+    Widget mainWindowWidget() const { return main_; }
+
+    /// Shows the window: from hiding, from its icon, or from behind others.
+    void show() override;
+    void hide() override;
+    void iconify();
+
+    /// Whether it is on the screen or an icon there.
+    bool shown() const { return shown_; }
+
+    void setTitle(const char* title); // UTF-8
+    std::string title() const;
+
+    const char* className() override { return "VkSimpleWindow"; }
+
+protected:
+    /// `defaults` are installed before the shell is made; ".title" is its title.
+    /// `args` are further resources of the shell.
+    explicit VkSimpleWindow(
+        const char* name, VkResources defaults = {}, ArgList args = nullptr, Cardinal count = 0);
+
+    /// The user asks the window manager to close the window. By default the
+    /// window asks itself okToQuit() and, if so, deletes itself.
+    virtual void handleWmDeleteMessage();
+
+    void widgetDestroyed() override;
+
+private:
+    static void deleteMessage(Widget, XtPointer self, XtPointer);
+    void makeShell(ArgList args, Cardinal count);
+    void realize();
+    void publishTitle();
+
+    Widget main_ = nullptr;
+    bool shown_ = false;
+};

@@ -1,0 +1,111 @@
+#include "platform/vk/vu_meter.h"
+
+#include "platform/vk/app.h"
+
+#include <Xm/DrawingA.h>
+#include <Xm/Xm.h>
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr int MARGIN = 3;
+constexpr int GAP = 2;
+
+XtResource colour(const char* name, const char* class_name, Cardinal index, const char* fallback)
+{
+    return {const_cast<String>(name), const_cast<String>(class_name), const_cast<String>(XmRPixel),
+        sizeof(Pixel), static_cast<Cardinal>(index * sizeof(Pixel)), const_cast<String>(XmRString),
+        const_cast<char*>(fallback)};
+}
+
+}
+
+VkVuMeter::VkVuMeter(const char* name, Widget parent) : VkComponent(name)
+{
+    static XtResource colours[] = {
+        colour("lowDarkColor", "DarkColor", 0, "#24433a"),
+        colour("lowColor", "LitColor", 1, "#3fb573"),
+        colour("middleDarkColor", "DarkColor", 2, "#453d26"),
+        colour("middleColor", "LitColor", 3, "#e0a52e"),
+        colour("highDarkColor", "DarkColor", 4, "#472a2c"),
+        colour("highColor", "LitColor", 5, "#e0483f"),
+    };
+    static const VkResource defaults[] = {{".background", "#1b242c"}};
+    setDefaultResources(parent, defaults);
+    setBaseWidget(XtVaCreateWidget(name, xmDrawingAreaWidgetClass, parent, XmNtraversalOn, False,
+        XmNmarginWidth, 0, XmNmarginHeight, 0, nullptr));
+    XtGetApplicationResources(baseWidget(), shades_.data(), colours, XtNumber(colours), nullptr, 0);
+    XtAddCallback(baseWidget(), XmNexposeCallback, &VkVuMeter::exposed, this);
+    XtAddCallback(baseWidget(), XmNresizeCallback, &VkVuMeter::exposed, this);
+}
+
+VkVuMeter::~VkVuMeter()
+{
+    dropGc();
+    if (!baseWidget())
+        return;
+    XtRemoveCallback(baseWidget(), XmNexposeCallback, &VkVuMeter::exposed, this);
+    XtRemoveCallback(baseWidget(), XmNresizeCallback, &VkVuMeter::exposed, this);
+}
+
+void VkVuMeter::setValue(int value, int max)
+{
+    if (max <= 0)
+        return;
+    value_ = value;
+    const long long loud = max - std::clamp(value, 0, max);
+    const int now = static_cast<int>((loud * SEGMENTS + max / 2) / max);
+    const int before = std::exchange(lit_, now);
+    draw(std::min(before, now), std::max(before, now));
+}
+
+XRectangle VkVuMeter::segment(int index) const
+{
+    Dimension width = 0;
+    Dimension height = 0;
+    XtVaGetValues(baseWidget(), XmNwidth, &width, XmNheight, &height, nullptr);
+    // Edges are computed from the whole height, so that the rounding spreads over all segments.
+    const int room = std::max(height - 2 * MARGIN + GAP, 0);
+    const int bottom = height - MARGIN + GAP - room * index / SEGMENTS;
+    const int top = height - MARGIN + GAP - room * (index + 1) / SEGMENTS;
+    return {MARGIN, static_cast<short>(top),
+        static_cast<unsigned short>(std::max(width - 2 * MARGIN, 0)),
+        static_cast<unsigned short>(std::max(bottom - GAP - top, 0))};
+}
+
+void VkVuMeter::draw(int from, int to)
+{
+    if (from >= to || !baseWidget() || !XtIsRealized(baseWidget()))
+        return;
+    Display* display = XtDisplay(baseWidget());
+    Window window = XtWindow(baseWidget());
+    if (!gc_)
+        gc_ = XCreateGC(display, window, 0, nullptr);
+    for (int i = from; i < to; ++i) {
+        const Shade& shade = shades_[(i >= AMBER_FROM) + (i >= RED_FROM)];
+        const XRectangle place = segment(i);
+        XSetForeground(display, gc_, i < lit_ ? shade.lit : shade.dark);
+        XFillRectangles(display, window, gc_, const_cast<XRectangle*>(&place), 1);
+    }
+}
+
+void VkVuMeter::exposed(Widget widget, XtPointer self, XtPointer call)
+{
+    const auto* data = static_cast<XmDrawingAreaCallbackStruct*>(call);
+    if (!XtIsRealized(widget))
+        return;
+    if (data->reason == XmCR_RESIZE) // the segments have moved
+        XClearWindow(XtDisplay(widget), XtWindow(widget));
+    else if (data->event && data->event->xexpose.count > 0)
+        return; // the last of a row of exposures draws all
+    static_cast<VkVuMeter*>(self)->draw(0, SEGMENTS);
+}
+
+void VkVuMeter::dropGc()
+{
+    // All windows share the application's display, which outlives the widget.
+    if (gc_ && theApplication)
+        XFreeGC(theApplication->display(), gc_);
+    gc_ = nullptr;
+}

@@ -1,0 +1,159 @@
+#include "ui/main_form.h"
+
+#include "platform/vk/notice.h"
+#include "platform/vk/text.h"
+#include "signalling/options.h"
+#include "signalling/session_control.h"
+
+#include <Xm/Scale.h>
+#include <Xm/ToggleB.h>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr int METER_MAX = 110;
+constexpr int LEVEL_MAX = 32768;
+
+int32_t meter_value(int level)
+{
+    return static_cast<int32_t>(METER_MAX - int64_t {METER_MAX} * level / LEVEL_MAX);
+}
+
+bool show_statistics(Widget form)
+{
+    static XtResource resource = {const_cast<String>("showStatistics"),
+        const_cast<String>("ShowStatistics"), const_cast<String>(XmRBoolean), sizeof(Boolean), 0,
+        const_cast<String>(XmRImmediate), nullptr};
+    Boolean show = False;
+    XtGetApplicationResources(form, &show, &resource, 1, nullptr, 0);
+    return show;
+}
+
+}
+
+MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
+{
+    users_.attach(_usersList);
+    _statistics = new StatWindowMainWindow("statWindow");
+    _options = QD_Session_Control::instance()->get_options();
+    XmScaleSetValue(_micScale, std::clamp<int>(_options->mic_cutoff, 0, 99));
+    QD_Session_Control::destroy();
+    if (show_statistics(_mainForm))
+        _statistics->show();
+}
+
+MainForm::~MainForm() { delete _statistics; }
+
+void MainForm::setStatus(const char* text) { VkSetText(_statusText, text); }
+
+void MainForm::addUserToList(const char* text) { users_.append(text); }
+
+void MainForm::delUserFromList(const char* text) { users_.remove(text); }
+
+void MainForm::activateButtons(char /*on*/) {}
+
+void MainForm::chatMessage(QD_Member*, int /*kind*/, const char* /*text*/, int /*len*/) {}
+
+void MainForm::setSpeakerLevel(int level)
+{
+    speaker_value_ = meter_value(level);
+    speaker_known_ = true;
+}
+
+void MainForm::setMicLevel(int level)
+{
+    mic_value_ = meter_value(level);
+    mic_known_ = true;
+}
+
+void MainForm::updateLevels()
+{
+    if (speaker_known_)
+        _speakerMeter->setValue(speaker_value_, METER_MAX);
+    if (mic_known_)
+        _micMeter->setValue(mic_value_, METER_MAX);
+}
+
+void MainForm::accept(Widget, XtPointer)
+{
+    QD_Session_Control::instance()->accept_invitation();
+    QD_Session_Control::destroy();
+}
+
+void MainForm::reject(Widget, XtPointer)
+{
+    QD_Session_Control::instance()->reject_invitation();
+    QD_Session_Control::destroy();
+    XtSetSensitive(_acceptButton, False);
+    XtSetSensitive(_rejectButton, False);
+}
+
+// Calls are placed from the call dialog.
+void MainForm::call(Widget, XtPointer) {}
+
+void MainForm::camera(Widget, XtPointer)
+{
+    if (!_parent)
+        return;
+    if (XmToggleButtonGetState(_toggle))
+        _parent->playVideo();
+    else
+        _parent->stopVideo();
+}
+
+void MainForm::talk(Widget, XtPointer)
+{
+    if (!_parent || !XmToggleButtonGetState(_manualToggle))
+        return;
+    if (XmToggleButtonGetState(_talkToggle))
+        _parent->playAudio();
+    else
+        _parent->stopAudio();
+}
+
+void MainForm::manualSwitch(Widget, XtPointer)
+{
+    if (_parent && !XmToggleButtonGetState(_manualToggle))
+        _parent->playAudio();
+}
+
+void MainForm::autoSwitch(Widget, XtPointer)
+{
+    VkUnimplemented(baseWidget(), "MainForm::autoSwitch");
+}
+
+void MainForm::micScale(Widget, XtPointer)
+{
+    int level = 0;
+    XmScaleGetValue(_micScale, &level);
+    if (_parent)
+        _parent->setMicCutoffLevel(level);
+}
+
+void MainForm::userSelected(Widget, XtPointer) {}
+
+void MainForm::options(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::options"); }
+
+void MainForm::statistics(Widget, XtPointer) { _statistics->show(); }
+
+void MainForm::reset(Widget, XtPointer)
+{
+    users_.clear();
+    setStatus("Session reset completed");
+}
+
+void MainForm::audioPanel(Widget, XtPointer)
+{
+    if (std::system("apanel &") != 0)
+        std::fprintf(stderr, "MainForm: cannot start apanel\n");
+}
+
+void MainForm::chat(Widget, XtPointer) {}
+
+void MainForm::conf(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::conf"); }
+
+void MainForm::overview(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::overview"); }
+
+void MainForm::users(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::users"); }

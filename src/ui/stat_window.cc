@@ -1,0 +1,34 @@
+#include "ui/stat_window.h"
+
+#include "platform/vk/wm_hints.h"
+
+#include <X11/StringDefs.h>
+#include <cstdio>
+
+namespace {
+
+constexpr VkResource DEFAULTS[] = {{".title", "Statistics"}};
+
+constexpr int WIDTH = 583;
+constexpr int HEIGHT = 310;
+
+}
+
+StatWindowMainWindow::StatWindowMainWindow(const char* name, ArgList args, Cardinal count) :
+    VkSimpleWindow(name, DEFAULTS, args, count)
+{
+    _statForm = new StatForm("statForm", mainWindowWidget());
+    XtVaSetValues(_statForm->baseWidget(), XtNwidth, WIDTH, XtNheight, HEIGHT, nullptr);
+    addView(_statForm);
+    _statForm->setParent(this);
+    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
+}
+
+StatWindowMainWindow::~StatWindowMainWindow() { delete _statForm; }
+
+void StatWindowMainWindow::handleWmDeleteMessage()
+{
+    std::printf("Hidding stat window\n");
+    std::fflush(stdout);
+    hide();
+}

@@ -1,0 +1,142 @@
+// The one toolkit application of a test program, and the user's hands on it.
+#pragma once
+
+#include "platform/vk/app.h"
+#include "tests/support/x_server.h"
+
+#include <Xm/Xm.h>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// Server and application, made at the first use. The options file of the
+/// session, if one is written, lands in a directory of its own.
+class QD_Test_App {
+public:
+    static QD_Test_App& get(std::vector<std::string> words = {})
+    {
+        static QD_Test_App app(std::move(words));
+        return app;
+    }
+
+    QD_X_Server& server() { return server_; }
+
+    /// The words that the toolkit left.
+    const std::vector<std::string>& left() const { return left_; }
+
+private:
+    explicit QD_Test_App(std::vector<std::string> words)
+    {
+        char home[] = "/tmp/qd-test-XXXXXX";
+        home_ = ::mkdtemp(home);
+        ::setenv("HOME", home, 1);
+        words.insert(words.begin(), "test");
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        int argc = static_cast<int>(argv.size());
+        argv.push_back(nullptr);
+        app_ = std::make_unique<VkApp>("Application", &argc, argv.data());
+        left_.assign(argv.data(), argv.data() + argc);
+    }
+    ~QD_Test_App()
+    {
+        app_.reset();
+        std::filesystem::remove_all(home_);
+    }
+
+    QD_X_Server server_;
+    std::string home_;
+    std::unique_ptr<VkApp> app_;
+    std::vector<std::string> left_;
+};
+
+/// Handles events until `done` holds or the time is up. Returns whether it holds.
+template <typename Condition> bool qd_pump_until(Condition done, int milliseconds = 10000)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    for (;;) {
+        while (theApplication->pendingInput())
+            XtAppProcessEvent(theApplication->appContext(), XtIMAll);
+        if (done())
+            return true;
+        if (Clock::now() >= end)
+            return false;
+        pollfd connection {theApplication->connectionNumber(), POLLIN, 0};
+        ::poll(&connection, 1, 5);
+    }
+}
+
+/// Handles all events there are, once the server has answered everything so far.
+inline void qd_pump()
+{
+    XSync(theApplication->display(), False);
+    qd_pump_until([] { return true; });
+}
+
+/// Presses and releases the first button in the middle of a widget on the screen.
+inline void qd_click(Widget widget)
+{
+    static Time now = 0;
+    now += 10000; // never the second half of a double click
+    Dimension width = 0;
+    Dimension height = 0;
+    XtVaGetValues(widget, XmNwidth, &width, XmNheight, &height, nullptr);
+    Position root_x = 0;
+    Position root_y = 0;
+    XtTranslateCoords(widget, static_cast<Position>(width / 2), static_cast<Position>(height / 2),
+        &root_x, &root_y);
+    for (int type : {ButtonPress, ButtonRelease}) {
+        XEvent event {};
+        event.xbutton.type = type;
+        event.xbutton.display = XtDisplay(widget);
+        event.xbutton.window = XtWindow(widget);
+        event.xbutton.root = RootWindowOfScreen(XtScreen(widget));
+        event.xbutton.time = now;
+        event.xbutton.x = width / 2;
+        event.xbutton.y = height / 2;
+        event.xbutton.x_root = root_x;
+        event.xbutton.y_root = root_y;
+        event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
+        event.xbutton.button = Button1;
+        event.xbutton.same_screen = True;
+        XtDispatchEvent(&event);
+    }
+    qd_pump();
+}
+
+/// What a window manager sends when the user closes a window.
+inline void qd_close_window(Widget shell)
+{
+    Display* display = XtDisplay(shell);
+    XEvent event {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = XtWindow(shell);
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+    XSendEvent(display, XtWindow(shell), False, NoEventMask, &event);
+    qd_pump();
+}
+
+/// The widget of that name somewhere below `top`; null if there is none.
+inline Widget qd_find(Widget top, const char* name)
+{
+    return XtNameToWidget(top, (std::string("*") + name).c_str());
+}
+
+/// The label of a button or label, in UTF-8.
+inline std::string qd_label(Widget widget)
+{
+    XmString label = nullptr;
+    XtVaGetValues(widget, XmNlabelString, &label, nullptr);
+    auto* text = static_cast<char*>(XmStringUnparse(
+        label, nullptr, XmCHARSET_TEXT, XmMULTIBYTE_TEXT, nullptr, 0, XmOUTPUT_ALL));
+    std::string out = text ? text : "";
+    XtFree(text);
+    XmStringFree(label);
+    return out;
+}
