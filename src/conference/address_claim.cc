@@ -1,0 +1,61 @@
+#include "conference/address_claim.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstddef>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace {
+
+constexpr uint16_t AUDIO_PORT = 12567;
+
+bool media_port_is_free(uint32_t address)
+{
+    QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in wanted {};
+    wanted.sin_family = AF_INET;
+    wanted.sin_port = htons(AUDIO_PORT);
+    wanted.sin_addr.s_addr = htonl(address);
+    return fd && ::bind(fd.get(), reinterpret_cast<sockaddr*>(&wanted), sizeof wanted) == 0;
+}
+
+}
+
+std::string qd_address_text(uint32_t address)
+{
+    char text[INET_ADDRSTRLEN];
+    const in_addr wire {htonl(address)};
+    return ::inet_ntop(AF_INET, &wire, text, sizeof text);
+}
+
+uint32_t qd_address_number(std::string_view text)
+{
+    in_addr wire {};
+    return ::inet_pton(AF_INET, std::string(text).c_str(), &wire) == 1 ? ntohl(wire.s_addr) : 0;
+}
+
+std::string qd_address_trouble(uint32_t address)
+{
+    if (address >> 24 != 127)
+        return "is not of this machine: take one of 127.0.0.1 to 127.255.255.254";
+    if (address == 0x7f000000 || address == 0x7fffffff)
+        return "is not the address of one member";
+    return "";
+}
+
+QD_Fd qd_claim_address(uint32_t address)
+{
+    // A name in the abstract space: the kernel forgets it with the descriptor.
+    QD_Fd claim(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const std::string name = "quendal-member-" + qd_address_text(address);
+    sockaddr_un holder {};
+    holder.sun_family = AF_UNIX;
+    std::copy(name.begin(), name.end(), holder.sun_path + 1);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    if (!claim || ::bind(claim.get(), reinterpret_cast<sockaddr*>(&holder), size) < 0
+        || !media_port_is_free(address))
+        return QD_Fd();
+    return claim;
+}

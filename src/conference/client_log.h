@@ -1,0 +1,28 @@
+// The figures a client prints when it ends.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <map>
+#include <string>
+
+/// One medium at one client: what it sent, and what it received from each
+/// member id. A frame counts as received from the second on: the first starts
+/// the count.
+struct QD_Medium_Figures {
+    struct Reception {
+        int received_ = 0;
+        int lost_ = 0;
+        int late_ = 0;
+    };
+    int sent_ = -1; // -1: the client did not say
+    std::map<uint32_t, Reception> from_;
+};
+
+struct QD_Client_Figures {
+    QD_Medium_Figures audio_;
+    QD_Medium_Figures video_;
+};
+
+/// Reads the lines that carry figures; all others are passed over.
+QD_Client_Figures qd_read_client_log(std::istream& log);

@@ -1,0 +1,180 @@
+#include "conference/command_line.h"
+
+#include <charconv>
+#include <string_view>
+
+const char* const QD_HELP =
+    R"(usage: quendal-conference run [OPTION]... NAME[@ADDRESS]... [-- TOOLKIT OPTION...]
+       quendal-conference demo [OPTION]... [-- TOOLKIT OPTION...]
+       quendal-conference --help
+
+Holds a conference of several members on this machine. Each member is one
+quendal client with an address 127.x.y.z, a home and a current directory of its
+own; the conference tells every client who is there.
+
+run     Starts a client for each NAME and ends when the last one has left. An
+        ADDRESS is chosen from 127.0.0.2 on unless it is given. While it runs it
+        takes commands on its standard input:
+            join NAME[@ADDRESS]   add a member
+            leave NAME            end a member's client
+            list                  show the members
+            end                   end the conference (as Ctrl-C does)
+demo    Starts members who each say something of their own. After some seconds
+        it ends and prints what each member sent and received, and how well
+        each voice was heard. The status is 0 if everybody heard everybody.
+
+Options:
+  --unannounced        run: clients that are told of nobody, for people who call
+                       one another
+  --members N          demo: how many members, 2 to 8 (3)
+  --seconds S          demo: how long (15); 0: live, until you leave: the first
+                       member is heard on this machine's loudspeaker and nothing
+                       is recorded
+  --screen WxH         demo: lays the windows out on a screen of this size
+                       (1280x1024)
+  --before-end COMMAND demo: runs a shell command before the clients end, say to
+                       take a picture of the screen
+  --dir DIR            where to keep the members' directories NAME, each with the
+                       client's output in log.txt (a new directory under /tmp)
+                       The demo takes each voice from DIR/voices/NAME.wav (mono,
+                       8000 Hz, 16 bits; a tune where there is none) and leaves
+                       what was heard in DIR/heard/NAME-hears-OTHER.wav.
+  --client PATH        the client's program (quendal beside this program)
+  -- TOOLKIT OPTION... passed on to every client, say -- -xrm '*showStatistics: True'
+
+A second Ctrl-C does not wait for clients that take their time to end.
+
+Environment, passed on to the clients:
+  DISPLAY              where their windows are shown
+  QD_MIC               microphone: pulse[:SOURCE], silence, tone:HZ, file:X.wav
+  QD_SPEAKER           loudspeaker: pulse[:SINK], null, file:DIR
+  QD_CAMERA            camera: v4l2:DEVICE, file:CLIP, screen[:DISPLAY], testcard
+  HOME and QD_LOCAL_ADDRESS are set for each client; the demo sets QD_MIC and
+  QD_SPEAKER, and QD_CAMERA unless you do.
+
+Example: three people, no hardware needed, and a fourth who comes later:
+  QD_MIC=tone:440 QD_SPEAKER=null quendal-conference run anna bernt chiara
+  join dmitri
+)";
+
+namespace {
+
+constexpr int MAX_DEMO_MEMBERS = 8; // as many as there are names for them
+constexpr int MAX_SECONDS = 3600;   // a voice's recording is read back as a whole
+constexpr int MAX_SCREEN = 32767;
+
+/// Reads a whole number from `low` to `high`.
+bool number(std::string_view text, int low, int high, int& value)
+{
+    int read = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
+    if (error != std::errc() || end != text.data() + text.size() || read < low || read > high)
+        return false;
+    value = read;
+    return true;
+}
+
+bool screen(std::string_view text, QD_Command_Line& line)
+{
+    const size_t x = text.find('x');
+    return x != std::string_view::npos
+        && number(text.substr(0, x), 1, MAX_SCREEN, line.screen_width_)
+        && number(text.substr(x + 1), 1, MAX_SCREEN, line.screen_height_);
+}
+
+bool text(std::string_view value, std::string& to)
+{
+    to = value;
+    return !to.empty();
+}
+
+struct Option {
+    std::string_view name_;
+    bool has_value_;
+    bool run_; // makes sense for run, for demo
+    bool demo_;
+    bool (*set_)(std::string_view value, QD_Command_Line& line);
+};
+
+constexpr Option option_table[] = {
+    {"--unannounced", false, true, false,
+        [](std::string_view, QD_Command_Line& line) { return !(line.announced_ = false); }},
+    {"--members", true, false, true,
+        [](std::string_view v, QD_Command_Line& line) {
+            return number(v, 2, MAX_DEMO_MEMBERS, line.count_);
+        }},
+    {"--seconds", true, false, true,
+        [](std::string_view v, QD_Command_Line& line) {
+            return number(v, 0, MAX_SECONDS, line.seconds_);
+        }},
+    {"--screen", true, false, true, screen},
+    {"--before-end", true, false, true,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.before_end_); }},
+    {"--dir", true, true, true,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.directory_); }},
+    {"--client", true, true, true,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.client_); }},
+};
+
+/// Reads the option at arguments[at] and moves `at` to its last argument.
+std::string read_option(std::span<const char* const> arguments, size_t& at, QD_Command_Line& line)
+{
+    const std::string_view given = arguments[at];
+    const std::string_view name = given.substr(0, given.find('='));
+    for (const Option& option : option_table) {
+        if (option.name_ != name)
+            continue;
+        if (line.mode_ == QD_Command_Line::RUN ? !option.run_ : !option.demo_)
+            return std::string(name) + " is not an option of this command";
+        const bool attached = name.size() < given.size();
+        if (attached && !option.has_value_)
+            return std::string(name) + " takes no value";
+        std::string_view value;
+        if (attached)
+            value = given.substr(name.size() + 1);
+        else if (option.has_value_ && at + 1 < arguments.size())
+            value = arguments[++at];
+        else if (option.has_value_)
+            return std::string(name) + " needs a value";
+        return option.set_(value, line)
+            ? ""
+            : std::string(name) + " cannot be \"" + std::string(value) + "\"";
+    }
+    return "there is no option " + std::string(name);
+}
+
+}
+
+std::string qd_parse_command_line(std::span<const char* const> arguments, QD_Command_Line& line)
+{
+    if (arguments.empty())
+        return "say what to do: run, demo or --help";
+    const std::string_view command = arguments[0];
+    if (command == "run")
+        line.mode_ = QD_Command_Line::RUN;
+    else if (command == "demo")
+        line.mode_ = QD_Command_Line::DEMO;
+    else if (command != "--help" && command != "-h" && command != "help")
+        return "there is no command \"" + std::string(command) + "\"";
+
+    for (size_t i = 1; i < arguments.size() && line.mode_ != QD_Command_Line::HELP; ++i) {
+        const std::string_view argument = arguments[i];
+        if (argument == "--help" || argument == "-h") {
+            line.mode_ = QD_Command_Line::HELP;
+        } else if (argument == "--") {
+            line.options_.assign(
+                arguments.begin() + static_cast<ptrdiff_t>(i) + 1, arguments.end());
+            break;
+        } else if (argument.starts_with("-")) {
+            if (std::string trouble = read_option(arguments, i, line); !trouble.empty())
+                return trouble;
+        } else {
+            line.members_.emplace_back(argument);
+        }
+    }
+    if (line.mode_ == QD_Command_Line::RUN && line.members_.empty())
+        return "name at least one member";
+    if (line.mode_ == QD_Command_Line::DEMO && !line.members_.empty())
+        return "the demo names its members itself";
+    return "";
+}

@@ -1,0 +1,29 @@
+// What the companion was asked for when it was started.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+struct QD_Command_Line {
+    enum Mode { HELP, RUN, DEMO };
+
+    Mode mode_ = HELP;
+    std::vector<std::string> members_; // run: NAME or NAME@ADDRESS
+    bool announced_ = true;
+    int count_ = 3;           // demo: members, 2..8
+    int seconds_ = 15;        // demo: how long; 0: until the user leaves
+    int screen_width_ = 1280; // demo: where windows are laid out
+    int screen_height_ = 1024;
+    std::string directory_;            // "": a fresh one
+    std::string client_;               // "": beside this program
+    std::string before_end_;           // demo: a shell command, "": none
+    std::vector<std::string> options_; // toolkit options for every client
+};
+
+/// Reads the arguments after the program's name. Returns "" or what is wrong
+/// with them, a sentence; `line` is of no use then.
+std::string qd_parse_command_line(std::span<const char* const> arguments, QD_Command_Line& line);
+
+/// The help text.
+extern const char* const QD_HELP;

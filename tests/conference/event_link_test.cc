@@ -1,0 +1,103 @@
+#include "conference/event_link.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+namespace {
+
+class EventLink : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        int fds[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, fds), 0);
+        link_ = std::make_unique<QD_Event_Link>(QD_Fd(fds[0]));
+        client_.reset(fds[1]);
+    }
+
+    void arrives(const QD_Bytes& bytes)
+    {
+        ASSERT_EQ(
+            ::write(client_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ASSERT_EQ(link_->read(), 1);
+    }
+
+    std::unique_ptr<QD_Event_Link> link_;
+    QD_Fd client_;
+    QD_Event_Link::Received event_;
+};
+
+TEST_F(EventLink, TakesWholeEventsOnlyHoweverTheyArrive)
+{
+    const QD_Bytes twelve {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    const QD_Bytes events {0, 0, 0, 30, 0, 0, 0, 2, 'h', 'i', 0xff, 0, 0, 0, 0, 0, 0, 0};
+    QD_Bytes registration(12);
+    arrives({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+    EXPECT_EQ(link_->take(registration), 0);
+    arrives({12});
+    EXPECT_EQ(link_->take(registration), 1);
+    EXPECT_EQ(registration, twelve);
+
+    for (size_t i = 0; i < 9; ++i) {
+        arrives({events[i]});
+        EXPECT_EQ(link_->take_event(event_), 0) << i;
+    }
+    arrives({events.begin() + 9, events.end()});
+    ASSERT_EQ(link_->take_event(event_), 1);
+    EXPECT_EQ(event_.type, 30);
+    EXPECT_EQ(event_.payload, (QD_Bytes {'h', 'i'}));
+    ASSERT_EQ(link_->take_event(event_), 1);
+    EXPECT_EQ(event_.type, -16777216);
+    EXPECT_TRUE(event_.payload.empty());
+    EXPECT_EQ(link_->take_event(event_), 0);
+}
+
+TEST_F(EventLink, TakesTheLongestEventAndRefusesALongerOne)
+{
+    QD_Bytes longest {0, 0, 0, 1, 0, 1, 0, 0};
+    longest.resize(8 + 65536, 7);
+    arrives(longest);
+    ASSERT_EQ(link_->take_event(event_), 1);
+    EXPECT_EQ(event_.payload.size(), 65536U);
+    EXPECT_EQ(event_.payload.back(), 7);
+
+    arrives({0, 0, 0, 1, 0, 1, 0, 1});
+    EXPECT_EQ(link_->take_event(event_), -1);
+    arrives({});
+}
+
+TEST_F(EventLink, ReadTellsTheEndAndHoldsNoMoreThanOneEvent)
+{
+    ASSERT_EQ(link_->read(), 1); // nothing there
+    QD_Bytes flood(200000, 1);   // read without being taken
+    ASSERT_GT(::write(client_.get(), flood.data(), flood.size()), 65544);
+    ASSERT_EQ(link_->read(), 1);
+    EXPECT_EQ(link_->read(), -1);
+
+    SetUp();
+    client_.reset();
+    EXPECT_EQ(link_->read(), 0);
+    EXPECT_EQ(link_->send(1, {}), 0);
+    EXPECT_EQ(link_->flush(), -1);
+}
+
+TEST_F(EventLink, QueuesForAClientThatDoesNotReadUpToABound)
+{
+    const QD_Bytes payload(1000, 5);
+    size_t accepted = 0;
+    while (link_->send(1, payload) == 0)
+        ASSERT_LT(++accepted, 100000U);
+    EXPECT_TRUE(link_->wants_write());
+
+    // What was accepted arrives whole once the client reads; the refused event does not.
+    size_t arrived = 0;
+    uint8_t buffer[4096];
+    for (ssize_t got = 0; (got = ::read(client_.get(), buffer, sizeof buffer)) > 0;) {
+        arrived += static_cast<size_t>(got);
+        ASSERT_EQ(link_->flush(), 0);
+    }
+    EXPECT_EQ(arrived, accepted * 1008);
+    EXPECT_FALSE(link_->wants_write());
+}
+
+}
