@@ -5,6 +5,7 @@
 #include "platform/vk/notice.h"
 #include "platform/vk/wm_hints.h"
 
+#include <X11/StringDefs.h>
 #include <cstdlib>
 
 namespace {

@@ -1,5 +1,6 @@
 #include "audio/audio_app.h"
 
+#include "platform/al/al.h"
 #include "platform/net/bytes.h"
 
 #include <cstdio>
@@ -44,14 +45,17 @@ QD_AudioApp::QD_AudioApp() :
 
 QD_AudioApp::~QD_AudioApp()
 {
-    if (cap_thread_->kill() == -1) { // it still uses these
+    const bool ended = cap_thread_->kill() == 0;
+    if (ended) {
+        mic_port_->close();
+    } else { // it still uses these
         [[maybe_unused]] auto* thread = cap_thread_.release();
         [[maybe_unused]] auto* port = mic_port_.release();
-    } else {
-        mic_port_->close();
     }
     for (int slot = 0; slot < QD_Slot_Table::SIZE; ++slot)
         close_port(slot);
+    if (ended)
+        qd_al_shutdown();
     printf("QD_AudioApp: sent %d packets\n", get_sent());
     QD_Session_Control::destroy();
 }

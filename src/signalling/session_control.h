@@ -120,10 +120,10 @@ private:
     static QD_Session_Control* session_control_ QD_GUARDED_BY(instance_mutex_);
 
     /// What the session is about; see the states of an invitation.
-    enum Status : int32_t { IDLE = 0, INVITED = 1, ACCEPTED = 2, IN_SESSION = 3 };
+    enum State : int32_t { IDLE = 0, INVITED = 1, ACCEPTED = 2, IN_SESSION = 3 };
 
     std::map<int, QD_Member> members_; // changed under sem_ by the user-interface thread
-    Status status_ = IDLE;
+    State status_ = IDLE;
     std::atomic<int> local_id_ = NO_LOCAL_ID;
     int internal_id_ = -1; // the number of the last joining
     Reactor* reactor_ = nullptr;
