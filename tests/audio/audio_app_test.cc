@@ -1,0 +1,250 @@
+#include "audio/audio_app.h"
+
+#include "platform/net/bytes.h"
+#include "tests/support/fake_views.h"
+#include "tests/support/loopback.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/udp_peer.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+namespace {
+
+constexpr int SAMPLES = QD_AudioApp::FRAME;
+
+// 800 samples that are 1, 2, 3... times `step`.
+std::string pcm_payload(int step)
+{
+    std::string payload(QD_AudioApp::PCM_SIZE, '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(payload.data());
+    for (int i = 0; i < SAMPLES; ++i)
+        qd_put_u16(bytes + 2 * i, static_cast<uint16_t>((i + 1) * step));
+    return payload;
+}
+
+std::vector<short> read_wav(const std::string& path)
+{
+    SF_INFO info {};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr)
+        return {};
+    std::vector<short> samples(static_cast<size_t>(info.frames));
+    sf_read_short(file, samples.data(), info.frames);
+    sf_close(file);
+    return samples;
+}
+
+// Microphone: a tone. Loudspeaker: files. The local member has id 1.
+class AudioAppTest : public testing::Test {
+protected:
+    AudioAppTest()
+    {
+        qd_use_test_address();
+        setenv("HOME", dir_.path().c_str(), 1);
+        setenv("QD_MIC", "tone:440", 1);
+        setenv("QD_SPEAKER", ("file:" + dir_.path()).c_str(), 1);
+        session_ = QD_Session_Control::instance();
+        session_->setGUI(nullptr, &form_);
+    }
+    ~AudioAppTest() override
+    {
+        QD_Session_Control::destroy();
+        unsetenv("QD_MIC");
+        unsetenv("QD_SPEAKER");
+    }
+
+    void join(int id, int host)
+    {
+        session_->new_member(new QD_Member(nullptr, id, "m", qd_test_host(host)));
+    }
+
+    static int receive(QD_AudioApp& app, unsigned ssrc, unsigned pt, std::string payload, int len)
+    {
+        rtp_fix_header header;
+        header.ssrc = ssrc;
+        header.pt = pt;
+        return app.process_message(&header, payload.data(), len);
+    }
+
+    static int receive(QD_AudioApp& app, unsigned ssrc, unsigned pt, const std::string& payload)
+    {
+        return receive(app, ssrc, pt, payload, static_cast<int>(payload.size()));
+    }
+
+    int received(int id) const
+    {
+        QD_Session_Hold hold(session_);
+        const UserData* figures = session_->get_member(id)->get_audio_data();
+        return figures == nullptr ? -1 : figures->frames_received;
+    }
+
+    std::string port(int n) const { return dir_.file("port-" + std::to_string(n) + ".wav"); }
+    bool played(int n) const { return !read_wav(port(n)).empty(); }
+
+    QD_Temp_Dir dir_;
+    QD_Fake_Main_View form_;
+    QD_Session_Control* session_;
+};
+
+}
+
+TEST_F(AudioAppTest, PacketsOfTheWrongKindAreDroppedAndShortOnesCountedUnplayed)
+{
+    join(1, 1);
+    join(2, 2);
+    {
+        QD_AudioApp app;
+        rtp_fix_header old;
+        old.type = 1;
+        old.ssrc = 2;
+        char none[1] = "";
+        EXPECT_EQ(app.process_message(&old, none, 0), -1);
+        EXPECT_EQ(receive(app, 2, QD_AudioApp::PCM, "", -1), -1) << "shorter than a header";
+        EXPECT_EQ(receive(app, 3, QD_AudioApp::PCM, pcm_payload(1)), -2);
+        EXPECT_EQ(received(2), -1);
+
+        const struct {
+            unsigned pt;
+            int needed;
+        } codecs[] = {{QD_AudioApp::PCM, 1600}, {QD_AudioApp::ADPCM, 403}, {QD_AudioApp::GSM, 165}};
+        int count = 0;
+        for (const auto& codec : codecs)
+            for (int len : {0, 1, codec.needed - 1}) {
+                // A buffer of just that length: reading on would be seen by the address sanitizer.
+                const std::string payload(static_cast<size_t>(len), '\x55');
+                EXPECT_EQ(receive(app, 2, codec.pt, payload), 0);
+                EXPECT_EQ(received(2), count++);
+            }
+        EXPECT_EQ(receive(app, 2, 99, pcm_payload(1)), 0) << "an unknown codec plays nothing";
+    }
+    EXPECT_FALSE(played(1));
+    EXPECT_EQ(form_.speaker_level, -1);
+}
+
+TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
+{
+    join(1, 1);
+    join(2, 2);
+    join(3, 3);
+    {
+        QD_AudioApp app;
+        receive(app, 2, QD_AudioApp::PCM, pcm_payload(2) + "whatever follows");
+        receive(app, 3, QD_AudioApp::PCM, pcm_payload(3));
+        app.show_levels();
+        EXPECT_EQ(form_.speaker_level, 800 * 3) << "the loudest of those just heard";
+        EXPECT_TRUE(qd_wait_for([&] { return played(1) && played(2); }));
+        EXPECT_TRUE(qd_wait_for([&] {
+            app.show_levels();
+            return form_.speaker_level == 0;
+        })) << "and silence afterwards";
+    }
+    for (int sender : {2, 3}) {
+        const std::vector<short> samples = read_wav(port(sender - 1));
+        ASSERT_EQ(samples.size(), 800u);
+        EXPECT_EQ(samples[0], sender);
+        EXPECT_EQ(samples[799], 800 * sender);
+    }
+}
+
+TEST_F(AudioAppTest, TheEndOfATalkClosesThePortAndTheNextPacketOpensAnother)
+{
+    join(1, 1);
+    join(2, 2);
+    QD_AudioApp app;
+    EXPECT_EQ(receive(app, 2, QD_AudioApp::STOPPED, ""), 0) << "even without a port";
+    EXPECT_EQ(form_.speaker_level, 0);
+    EXPECT_EQ(received(2), 0);
+    receive(app, 2, QD_AudioApp::PCM, pcm_payload(1));
+    EXPECT_TRUE(qd_wait_for([&] { return played(2); }));
+}
+
+TEST_F(AudioAppTest, AHundredAndOneJoinersAreHeardAndSoIsTheOneWhoComesLater)
+{
+    join(1, 1);
+    QD_AudioApp app;
+    for (int id = 2; id <= 102; ++id) {
+        join(id, 2);
+        EXPECT_EQ(receive(app, static_cast<unsigned>(id), QD_AudioApp::PCM, pcm_payload(1)), 0);
+    }
+    // The first hundred fill all slots. One of them leaves: the 101st has its place.
+    session_->delete_member(50);
+    receive(app, 102, QD_AudioApp::PCM, pcm_payload(1));
+    EXPECT_TRUE(qd_wait_for([&] { return played(101); }));
+    session_->delete_member(60);
+    join(60, 2);
+    receive(app, 60, QD_AudioApp::PCM, pcm_payload(1));
+    EXPECT_TRUE(qd_wait_for([&] { return played(102); }));
+}
+
+TEST_F(AudioAppTest, WhatIsSentFollowsTheConnectionTheCutOffAndTheTalkSwitch)
+{
+    QD_Udp_Peer peer(qd_test_host(2), QD_AudioApp::PORT);
+    ASSERT_TRUE(peer.bound());
+    QD_AudioApp app;
+    ASSERT_EQ(app.init(), 0);
+    join(1, 1);
+    join(2, 2);
+    const struct {
+        int connection;
+        int pt;
+        size_t size;
+    } rows[] = {{_modem28, 14, 165}, {_isdn, 13, 1600}, {_isdn2, 13, 1600}, {_lan, 15, 1600},
+        {4, 14, 165}, {-1, 14, 165}};
+
+    std::string packet = peer.receive();
+    EXPECT_EQ(packet[1], 15) << "PCM until options are applied";
+    for (const auto& row : rows) {
+        _options* options = session_->get_options();
+        options->connection = static_cast<Connection>(row.connection);
+        app.update_options(options);
+        EXPECT_TRUE(qd_wait_for([&] {
+            packet = peer.receive();
+            return packet[1] == row.pt;
+        })) << row.connection;
+        EXPECT_EQ(packet.size(), 12 + row.size);
+        EXPECT_EQ(packet[0], '\x80');
+    }
+    app.show_levels();
+    EXPECT_NEAR(form_.mic_level, 16384, 700);
+
+    // Half of the full scale is a level of 49: at a cut-off of 60 nothing goes
+    // out, yet the own frames are counted.
+    session_->get_options()->mic_cutoff = 60;
+    app.update_options(session_->get_options());
+    while (!peer.receive(250).empty()) {}
+    const int before = received(1);
+    EXPECT_EQ(peer.receive(250), "");
+    EXPECT_TRUE(qd_wait_for([&] { return received(1) > before + 1; }));
+
+    session_->get_options()->mic_cutoff = 40;
+    app.update_options(session_->get_options());
+    EXPECT_NE(peer.receive(), "");
+    app.stop();
+    while (!peer.receive(250).empty()) {}
+    const int silent = received(1);
+    EXPECT_EQ(peer.receive(250), "");
+    EXPECT_EQ(received(1), silent);
+    app.play();
+    EXPECT_NE(peer.receive(800), "") << "talking again is heard at once";
+    app.close();
+}
+
+TEST(AudioLevel, IsTheLargestSampleAndNegativePeaksDoNotCount)
+{
+    EXPECT_EQ(QD_AudioApp::get_level(std::vector<short> {}), 0);
+    EXPECT_EQ(QD_AudioApp::get_level(std::vector<short> {-32768, -5}), 0);
+    EXPECT_EQ(QD_AudioApp::get_level(std::vector<short> {3, 32767, 100}), 32767);
+}
+
+TEST(LevelHold, FallsBackOnceTheFrameIsOver)
+{
+    QD_Level_Hold hold;
+    const QD_Clock::Time start = QD_Clock::real().now();
+    hold.store(500, start);
+    hold.store(200, start + std::chrono::milliseconds(100));
+    EXPECT_EQ(hold.read(start + std::chrono::milliseconds(150)), 500);
+    EXPECT_EQ(hold.read(start + std::chrono::milliseconds(151)), 200);
+    EXPECT_EQ(hold.read(start + std::chrono::milliseconds(251)), 0);
+}
