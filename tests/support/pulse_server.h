@@ -125,10 +125,10 @@ public:
     {
         const std::string format = " format=s16le rate=8000 channels=1 norewinds=1";
         crash();
-        setenv("HOME", dir_.path().c_str(), 1);
         server_.emplace_back(
-            std::vector<std::string> {"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
-                "--use-pid-file=no", "--realtime=no", "--high-priority=no", "-L",
+            std::vector<std::string> {"env", "HOME=" + dir_.path(), "pulseaudio", "-n",
+                "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--realtime=no",
+                "--high-priority=no", "-L",
                 "module-native-protocol-unix auth-anonymous=1 socket=" + (dir_ / "native"), "-L",
                 std::string("module-null-sink sink_name=") + SPEAKER + format, "-L",
                 std::string("module-null-sink sink_name=") + MIC_FEED + format, "-L",

@@ -132,6 +132,8 @@ void QD_Pulse_Link::on_retry(pa_mainloop_api* api, pa_time_event* event, const t
     auto* link = static_cast<QD_Pulse_Link*>(self);
     api->time_free(event);
     link->retry_event_ = nullptr;
+    for (Stream& stream : link->streams_)
+        stream.waiting = false;
     link->serve();
 }
 
@@ -185,8 +187,10 @@ void QD_Pulse_Link::connect()
 
 void QD_Pulse_Link::disconnect()
 {
-    for (Stream& stream : streams_)
+    for (Stream& stream : streams_) {
         close(stream);
+        stream.fallback = false;
+    }
     if (!context_)
         return;
     pa_context_set_state_callback(context_, nullptr, nullptr);
@@ -209,7 +213,7 @@ void QD_Pulse_Link::try_again_later()
 void QD_Pulse_Link::serve_stream(Stream& stream)
 {
     if (!stream.stream) {
-        if (!retry_event_)
+        if (!stream.waiting)
             open(stream);
         return;
     }
@@ -232,12 +236,13 @@ void QD_Pulse_Link::serve_stream(Stream& stream)
 void QD_Pulse_Link::open(Stream& stream)
 {
     const bool plays = stream.port->side() == QD_Al_Port::PLAY;
-    const char* device = stream.device.empty() ? nullptr : stream.device.c_str();
+    const bool named = !stream.device.empty() && !stream.fallback;
+    const char* device = named ? stream.device.c_str() : nullptr;
     const Gain& gain = gains_[stream.port->side()];
     const pa_cvolume volume = gain.volume();
     stream.stream = pa_stream_new(context_, plays ? "Conference" : "Microphone", &FORMAT, nullptr);
     if (!stream.stream)
-        return try_again_later();
+        return lost(stream);
     pa_stream_set_state_callback(
         stream.stream, [](pa_stream*, void* self) { static_cast<QD_Pulse_Link*>(self)->nudge(); },
         this);
@@ -288,14 +293,16 @@ void QD_Pulse_Link::lost(Stream& stream)
 {
     const bool refused = !stream.running && pa_context_errno(context_) == PA_ERR_NOENTITY;
     close(stream);
-    if (refused && !stream.device.empty()) {
-        const bool plays = stream.port->side() == QD_Al_Port::PLAY;
-        fprintf(stderr, "%s=pulse:%s: PulseAudio has no such %s, the default is used\n",
-            plays ? "QD_SPEAKER" : "QD_MIC", stream.device.c_str(), plays ? "sink" : "source");
-        stream.device.clear();
-        open(stream);
-        return;
+    if (refused && !stream.device.empty() && !stream.fallback) {
+        const QD_Al_Port::Side side = stream.port->side();
+        const bool plays = side == QD_Al_Port::PLAY;
+        if (!std::exchange(told_missing_[side], true))
+            fprintf(stderr, "%s=pulse:%s: PulseAudio has no such %s, the default is used\n",
+                plays ? "QD_SPEAKER" : "QD_MIC", stream.device.c_str(), plays ? "sink" : "source");
+        stream.fallback = true;
+        return open(stream);
     }
+    stream.waiting = true;
     try_again_later();
 }
 

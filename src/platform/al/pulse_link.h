@@ -45,6 +45,8 @@ private:
         std::string device;
         pa_stream* stream = nullptr; // null until opened, and once it is lost
         bool running = false;        // the server has accepted it
+        bool waiting = false;        // failed: not before the next attempt
+        bool fallback = false;       // there is no `device`: the default, until the next server
         long gain_change = 0;        // the setting it has
     };
 
@@ -78,6 +80,7 @@ private:
     pa_io_event* wake_event_ = nullptr;
     pa_time_event* retry_event_ = nullptr; // set while a new attempt is due
     std::chrono::milliseconds retry_delay_;
+    bool told_missing_[2] = {}; // that there is no such device, by side
     pa_context* context_ = nullptr;
     std::list<Stream> streams_; // a list: callbacks know their stream by address
     Gain gains_[2];
