@@ -9,6 +9,7 @@ namespace {
 
 constexpr int FRAME_COUNT_MODULUS = 65555;
 constexpr int REST_MS = 1000;
+constexpr int FRAME_MS = 100;
 constexpr int MAX_STEP_INDEX = 88; // a sender may claim any
 
 /// What each kind of link can carry; other values in a file stand for the slowest.
@@ -117,7 +118,10 @@ int QD_AudioApp::send_audio()
 // Returns whether the frame is to be sent.
 bool QD_AudioApp::capture(Frame& frame)
 {
-    mic_port_->capture(frame.data(), FRAME);
+    if (mic_port_->port != nullptr)
+        mic_port_->capture(frame.data(), FRAME);
+    else
+        cap_thread_->rest(FRAME_MS); // silence, at the pace that a microphone would keep
     const int peak = get_level(frame);
     mic_level_.store(peak, QD_Clock::real().now());
     const int level = peak * 200 / 65536; // 0..99

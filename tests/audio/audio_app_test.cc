@@ -6,9 +6,9 @@
 #include "tests/support/temp_dir.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/wait.h"
+#include "tests/support/wav.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 namespace {
 
@@ -22,18 +22,6 @@ std::string pcm_payload(int step)
     for (int i = 0; i < SAMPLES; ++i)
         qd_put_u16(bytes + 2 * i, static_cast<uint16_t>((i + 1) * step));
     return payload;
-}
-
-std::vector<short> read_wav(const std::string& path)
-{
-    SF_INFO info {};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    if (file == nullptr)
-        return {};
-    std::vector<short> samples(static_cast<size_t>(info.frames));
-    sf_read_short(file, samples.data(), info.frames);
-    sf_close(file);
-    return samples;
 }
 
 // Microphone: a tone. Loudspeaker: files. The local member has id 1.
@@ -81,7 +69,7 @@ protected:
     }
 
     std::string port(int n) const { return dir_.file("port-" + std::to_string(n) + ".wav"); }
-    bool played(int n) const { return !read_wav(port(n)).empty(); }
+    bool played(int n) const { return !qd_read_wav(port(n)).empty(); }
 
     QD_Temp_Dir dir_;
     QD_Fake_Main_View form_;
@@ -141,7 +129,7 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
         })) << "and silence afterwards";
     }
     for (int sender : {2, 3}) {
-        const std::vector<short> samples = read_wav(port(sender - 1));
+        const std::vector<short> samples = qd_read_wav(port(sender - 1));
         ASSERT_EQ(samples.size(), 800u);
         EXPECT_EQ(samples[0], sender);
         EXPECT_EQ(samples[799], 800 * sender);

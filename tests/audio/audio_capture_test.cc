@@ -1,5 +1,4 @@
 #include "audio/audio_capture.h"
-#include "tests/support/pulse_server.h"
 #include "tests/support/signal_math.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include "audio/audio_play.h"
-#include "tests/support/pulse_server.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
@@ -43,7 +44,7 @@ TEST_F(AudioPlay, PlaysThroughAQueueThatKeepsTheNewestTwoFrames)
 
     const std::string path = dir_ / "port-1.wav";
     std::vector<int16_t> heard;
-    EXPECT_TRUE(qd_eventually([&] {
+    EXPECT_TRUE(qd_wait_for([&] {
         SF_INFO info {};
         SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
         if (!file)

@@ -14,12 +14,17 @@ public:
         char name[] = "/tmp/quendal-test-XXXXXX";
         path_ = mkdtemp(name);
     }
-    ~QD_Temp_Dir() { std::filesystem::remove_all(path_); }
+    ~QD_Temp_Dir()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     QD_Temp_Dir(const QD_Temp_Dir&) = delete;
     QD_Temp_Dir& operator=(const QD_Temp_Dir&) = delete;
 
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
+    std::string operator/(const std::string& name) const { return file(name); }
 
 private:
     std::string path_;

@@ -6,7 +6,7 @@
 
 /// Whether `condition` comes true within the bound; looks every millisecond.
 template <class Condition>
-bool qd_wait_for(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(5))
+bool qd_wait_for(Condition condition, std::chrono::milliseconds bound = std::chrono::seconds(10))
 {
     const auto end = std::chrono::steady_clock::now() + bound;
     while (!condition()) {

@@ -1,58 +1,13 @@
 // A private X server for one test program, without a screen of its own.
 #pragma once
 
-#include <csignal>
-#include <cstdio>
+#include "tests/support/process.h"
+
 #include <cstdlib>
+#include <optional>
 #include <poll.h>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
-
-/// One child process, which dies with this object or with this process.
-class QD_Child {
-public:
-    QD_Child() = default;
-    ~QD_Child() { stop(); }
-    QD_Child(const QD_Child&) = delete;
-    QD_Child& operator=(const QD_Child&) = delete;
-
-    void start(const std::vector<std::string>& command)
-    {
-        std::vector<char*> argv;
-        for (const std::string& word : command)
-            argv.push_back(const_cast<char*>(word.c_str()));
-        argv.push_back(nullptr);
-        pid_ = ::fork();
-        if (pid_ != 0)
-            return;
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        ::execvp(argv[0], argv.data());
-        ::_exit(127);
-    }
-
-    /// Waits for its end. Returns its exit status, -1 after a signal.
-    int wait()
-    {
-        int status = 0;
-        ::waitpid(pid_, &status, 0);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    void stop()
-    {
-        if (pid_ <= 0)
-            return;
-        ::kill(pid_, SIGKILL);
-        wait();
-    }
-
-private:
-    pid_t pid_ = -1;
-};
 
 /// Xvfb on a display number of its own choice, which DISPLAY then names.
 class QD_X_Server {
@@ -62,8 +17,8 @@ public:
         int ends[2];
         if (::pipe(ends) != 0)
             return;
-        server_.start({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", screen,
-            "-nolisten", "tcp"});
+        server_.emplace(std::vector<std::string> {"Xvfb", "-displayfd", std::to_string(ends[1]),
+            "-screen", "0", screen, "-nolisten", "tcp"});
         ::close(ends[1]);
         // The number ends with a new line; the end of file tells of a server that could not start.
         std::string number;
@@ -82,19 +37,27 @@ public:
     const std::string& display() const { return display_; }
 
     /// Starts the window manager. Its coming is to be waited for.
-    void manage() { manager_.start({"mwm", "-display", display_}); }
+    void manage() { manager_.emplace(std::vector<std::string> {"mwm", "-display", display_}); }
+
+    /// Presses and releases a key for the window that has the keyboard, perhaps
+    /// while another ("alt", "ctrl") is held. Returns 0, -1 on failure.
+    int press(const std::string& key, const std::string& held = "") const
+    {
+        std::vector<std::string> command {"xdotool", "key", key};
+        if (!held.empty())
+            command = {"xdotool", "keydown", held, "key", key, "keyup", held};
+        return qd_run(command) == 0 ? 0 : -1;
+    }
 
     /// Writes the whole screen to a PNG file. Returns 0, -1 on failure.
     int screenshot(const std::string& path) const
     {
-        QD_Child import;
-        import.start({"import", "-display", display_, "-window", "root", path});
-        return import.wait() == 0 ? 0 : -1;
+        return qd_run({"import", "-display", display_, "-window", "root", path}) == 0 ? 0 : -1;
     }
 
 private:
     static constexpr int START_MS = 20000;
-    QD_Child server_;
-    QD_Child manager_; // goes first
+    std::optional<QD_Process> server_;
+    std::optional<QD_Process> manager_; // goes first
     std::string display_;
 };

@@ -1,5 +1,5 @@
 #include "platform/al/al.h"
-#include "tests/support/pulse_server.h"
+#include "tests/support/temp_dir.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "platform/al/device.h"
-#include "tests/support/pulse_server.h"
+#include "tests/support/temp_dir.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 #include "platform/al/headless.h"
-#include "tests/support/pulse_server.h"
 #include "tests/support/signal_math.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/wait.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -200,7 +201,7 @@ TEST(FileSpeaker, AHundredPortsOpenedInTheBackground)
             speaker->attach(ports.back());
         }
         std::vector<int16_t> none(1);
-        EXPECT_TRUE(qd_eventually([&] { return ports.back()->take(none) == 0; }));
+        EXPECT_TRUE(qd_wait_for([&] { return ports.back()->take(none) == 0; }));
     }
     for (int i = 0; i < 99; ++i) {
         EXPECT_EQ(read_wav(dir / ("port-" + std::to_string(i + 1) + ".wav")),

@@ -93,7 +93,7 @@ TEST_F(Pulse, WhatIsWrittenIsHeardAtTheSinksMonitor)
     for (size_t i = 0; i < sweep.size(); ++i)
         sweep[i] = static_cast<int16_t>(8000 * std::sin(0.2 * static_cast<double>(i * i) / 300));
     ALwritesamps(open("w"), sweep.data(), 800);
-    EXPECT_TRUE(qd_eventually([&] { return qd_correlation(sweep, recording.samples()) > 0.99; }));
+    EXPECT_TRUE(qd_wait_for([&] { return qd_correlation(sweep, recording.samples()) > 0.99; }));
 }
 
 TEST_F(Pulse, TwoPortsAreMixedAndAClosedOneIsNot)
@@ -126,7 +126,7 @@ TEST_F(Pulse, GainsReachTheStreamsThatAreOpenAndThoseToCome)
     open("r");
     ASSERT_TRUE(server_.start());
     const auto become = [&](const char* kind, const std::vector<int>& expected) {
-        return qd_eventually([&] { return gains(kind) == expected; });
+        return qd_wait_for([&] { return gains(kind) == expected; });
     };
     EXPECT_TRUE(become("sink-inputs", {51, 204}));
     EXPECT_TRUE(become("source-outputs", {200, 255}));
@@ -192,9 +192,9 @@ TEST_F(Pulse, AHundredPortsOpenAndCloseWithoutWaiting)
     for (int i = 0; i < 100; ++i)
         open("w");
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
-    EXPECT_TRUE(qd_eventually([&] { return count() == 100; }));
+    EXPECT_TRUE(qd_wait_for([&] { return count() == 100; }));
     for (ALport port : ports_)
         ALcloseport(port);
     ports_.clear();
-    EXPECT_TRUE(qd_eventually([&] { return count() == 0; }));
+    EXPECT_TRUE(qd_wait_for([&] { return count() == 0; }));
 }
