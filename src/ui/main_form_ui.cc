@@ -44,7 +44,7 @@ constexpr int WIDTH = 234;
 constexpr int HEIGHT = 298;
 constexpr int MARGIN = 6;
 constexpr int METER_WIDTH = 18;
-constexpr int METER_HEIGHT = 92;
+constexpr int METER_HEIGHT = 80;
 constexpr int SCALE_WIDTH = 122;
 
 }

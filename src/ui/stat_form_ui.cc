@@ -153,9 +153,8 @@ void StatFormUI::createClose()
         _statForm, XmNwidth, 90, XmNrightAttachment, XmATTACH_FORM, XmNrightOffset, MARGIN,
         XmNbottomAttachment, XmATTACH_FORM, XmNbottomOffset, MARGIN, nullptr);
     XtAddCallback(_statCloseButton, XmNactivateCallback, &StatFormUI::statCloseCallback, this);
-    // Escape closes, as in any dialog; the keyboard starts in the list.
-    XtVaSetValues(
-        _statForm, XmNcancelButton, _statCloseButton, XmNinitialFocus, _statUsersList, nullptr);
+    // Escape closes, as in any dialog.
+    XtVaSetValues(_statForm, XmNcancelButton, _statCloseButton, nullptr);
 }
 
 void StatFormUI::statUserSelectedCallback(Widget w, XtPointer self, XtPointer call_data)

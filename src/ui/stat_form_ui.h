@@ -9,6 +9,9 @@ class StatFormUI : public VkComponent {
 public:
     const char* className() override { return "StatFormUI"; }
 
+    /// The list of participants, for those who lead the keyboard to it.
+    Widget usersList() const { return _statUsersList; }
+
 protected:
     explicit StatFormUI(const char* name) : VkComponent(name) {}
 

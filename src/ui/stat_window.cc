@@ -21,6 +21,7 @@ StatWindowMainWindow::StatWindowMainWindow(const char* name, ArgList args, Cardi
     XtVaSetValues(_statForm->baseWidget(), XtNwidth, WIDTH, XtNheight, HEIGHT, nullptr);
     addView(_statForm);
     _statForm->setParent(this);
+    setFirstFocus(_statForm->usersList());
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
 

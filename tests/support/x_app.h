@@ -77,7 +77,7 @@ inline void qd_pump()
     qd_pump_until([] { return true; });
 }
 
-/// Presses and releases the first button in the middle of a widget on the screen.
+/// Presses and releases the first button in the middle of a widget or gadget on the screen.
 inline void qd_click(Widget widget)
 {
     static Time now = 0;
@@ -85,6 +85,10 @@ inline void qd_click(Widget widget)
     Dimension width = 0;
     Dimension height = 0;
     XtVaGetValues(widget, XmNwidth, &width, XmNheight, &height, nullptr);
+    Position left = 0;
+    Position top = 0;
+    if (!XtIsWidget(widget)) // a gadget lives in its parent's window
+        XtVaGetValues(widget, XmNx, &left, XmNy, &top, nullptr);
     Position root_x = 0;
     Position root_y = 0;
     XtTranslateCoords(widget, static_cast<Position>(width / 2), static_cast<Position>(height / 2),
@@ -92,12 +96,12 @@ inline void qd_click(Widget widget)
     for (int type : {ButtonPress, ButtonRelease}) {
         XEvent event {};
         event.xbutton.type = type;
-        event.xbutton.display = XtDisplay(widget);
-        event.xbutton.window = XtWindow(widget);
-        event.xbutton.root = RootWindowOfScreen(XtScreen(widget));
+        event.xbutton.display = XtDisplayOfObject(widget);
+        event.xbutton.window = XtWindowOfObject(widget);
+        event.xbutton.root = RootWindowOfScreen(XtScreenOfObject(widget));
         event.xbutton.time = now;
-        event.xbutton.x = width / 2;
-        event.xbutton.y = height / 2;
+        event.xbutton.x = left + width / 2;
+        event.xbutton.y = top + height / 2;
         event.xbutton.x_root = root_x;
         event.xbutton.y_root = root_y;
         event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
@@ -105,6 +109,21 @@ inline void qd_click(Widget widget)
         event.xbutton.same_screen = True;
         XtDispatchEvent(&event);
     }
+    qd_pump();
+}
+
+/// Whether a widget's window is mapped, and all around it.
+inline bool qd_on_screen(Widget widget)
+{
+    XWindowAttributes at {};
+    XGetWindowAttributes(XtDisplay(widget), XtWindow(widget), &at);
+    return at.map_state == IsViewable;
+}
+
+/// Gives the keyboard to a window on the screen, as a window manager would.
+inline void qd_focus(Widget shell)
+{
+    XSetInputFocus(XtDisplay(shell), XtWindow(shell), RevertToParent, CurrentTime);
     qd_pump();
 }
 

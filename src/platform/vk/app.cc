@@ -37,7 +37,7 @@ void set_font_resolution(Display* display)
         if (const char* value = XGetDefault(display, "Xft", option))
             pattern += std::string(":") + option + "=" + value;
     }
-    XftDefaultSet(display, FcNameParse(reinterpret_cast<const FcChar8*>(pattern.c_str())));
+    XftDefaultSet(display, XftNameParse(pattern.c_str()));
 }
 
 /// A window that vanished between two requests must not end the conference.

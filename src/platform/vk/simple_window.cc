@@ -8,6 +8,7 @@
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -120,6 +121,8 @@ void VkSimpleWindow::show()
         XMapRaised(XtDisplay(shell), XtWindow(shell));
     else
         XtPopup(shell, XtGrabNone);
+    if (first_focus_)
+        XmProcessTraversal(std::exchange(first_focus_, nullptr), XmTRAVERSE_CURRENT);
     shown_ = true;
 }
 
@@ -178,7 +181,7 @@ void VkSimpleWindow::handleWmDeleteMessage()
 
 void VkSimpleWindow::widgetDestroyed()
 {
-    main_ = nullptr;
+    main_ = first_focus_ = nullptr;
     shown_ = false;
 }
 

@@ -16,6 +16,9 @@ public:
     /// The parent for the view's widgets.
     Widget mainWindowWidget() const { return main_; }
 
+    /// The widget in it that has the keyboard first; else the toolkit chooses.
+    void setFirstFocus(Widget widget) { first_focus_ = widget; }
+
     /// Shows the window: from hiding, from its icon, or from behind others.
     void show() override;
     void hide() override;
@@ -48,5 +51,6 @@ private:
     void publishTitle();
 
     Widget main_ = nullptr;
+    Widget first_focus_ = nullptr; // until the window is shown
     bool shown_ = false;
 };

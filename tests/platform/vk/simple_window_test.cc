@@ -1,0 +1,145 @@
+#include "tests/platform/vk/vk_test.h"
+
+#include "platform/vk/simple_window.h"
+
+#include "platform/vk/wm_hints.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xutil.h>
+#include <Xm/Form.h>
+#include <Xm/MwmUtil.h>
+
+namespace {
+
+std::string place(const VkSimpleWindow& window)
+{
+    XWindowAttributes at {};
+    XGetWindowAttributes(theApplication->display(), XtWindow(window.baseWidget()), &at);
+    char text[64];
+    std::snprintf(text, sizeof text, "%dx%d+%d+%d", at.width, at.height, at.x, at.y);
+    return text;
+}
+
+/// A text property; "" if there is none.
+std::string property(const VkSimpleWindow& window, const char* name)
+{
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long rest = 0;
+    unsigned char* data = nullptr;
+    Display* display = theApplication->display();
+    XGetWindowProperty(display, XtWindow(window.baseWidget()), XInternAtom(display, name, False), 0,
+        100, False, AnyPropertyType, &type, &format, &count, &rest, &data);
+    std::string text(data ? reinterpret_cast<char*>(data) : "", format == 8 ? count : 0);
+    XFree(data);
+    return text;
+}
+
+}
+
+TEST(VkSimpleWindow, GeometryIsTheUsersForTheFirstAndForNamedWindows)
+{
+    vk_app();
+    VkSimpleWindow* first = theApplication->windows().front();
+    first->show();
+    VkTestWindow second("second");
+    second.show();
+    qd_pump();
+    EXPECT_EQ(place(*first), "300x200+40+50");
+    EXPECT_EQ(place(second), "120x90+400+300");
+    first->hide();
+}
+
+TEST(VkSimpleWindow, ShowsHidesAndShowsAgain)
+{
+    VkTestWindow window;
+    window.show();
+    EXPECT_TRUE(qd_pump_until([&] { return qd_on_screen(window.baseWidget()); }));
+    window.show(); // once more does no harm
+    window.hide();
+    EXPECT_FALSE(window.shown());
+    EXPECT_TRUE(qd_pump_until([&] { return !qd_on_screen(window.baseWidget()); }));
+    window.show();
+    EXPECT_TRUE(qd_pump_until([&] { return qd_on_screen(window.baseWidget()); }));
+}
+
+TEST(VkSimpleWindow, TitleComesFromResourcesAndMayBeAnyText)
+{
+    static constexpr VkResource DEFAULTS[] = {{".title", "Caf\xc3\xa9 \xe4\xbc\x9a"}};
+    VkTestWindow window("titled", DEFAULTS);
+    VkTestWindow other("other");
+    EXPECT_EQ(other.title(), "other");
+    EXPECT_EQ(window.title(), DEFAULTS[0].value);
+    window.show();
+    qd_pump();
+    EXPECT_EQ(property(window, "_NET_WM_NAME"), DEFAULTS[0].value);
+    window.setTitle("plain");
+    qd_pump();
+    EXPECT_EQ(window.title(), "plain");
+    EXPECT_EQ(property(window, "_NET_WM_NAME"), "plain");
+    EXPECT_EQ(property(window, "WM_NAME"), "plain");
+}
+
+TEST(VkSimpleWindow, ClosedByTheUserItDeletesItselfUnlessItMayNot)
+{
+    struct Closing : VkTestWindow {
+        explicit Closing(bool* gone) : gone_(gone) {}
+        ~Closing() override { *gone_ = true; }
+        bool okToQuit() override { return may_; }
+        bool* gone_;
+        bool may_ = false;
+    };
+    vk_app();
+    const size_t before = theApplication->windows().size();
+    bool gone = false;
+    auto* window = new Closing(&gone);
+    window->show();
+    qd_pump();
+    qd_close_window(window->baseWidget());
+    EXPECT_FALSE(gone);
+    window->may_ = true;
+    qd_close_window(window->baseWidget());
+    EXPECT_TRUE(gone);
+    EXPECT_EQ(theApplication->windows().size(), before);
+}
+
+TEST(VkSimpleWindow, TakesTheSizeOfItsView)
+{
+    VkTestWindow window;
+    VkTestView view("view", window.mainWindowWidget(), xmFormWidgetClass, 234, 298);
+    window.addView(&view);
+    window.show();
+    qd_pump();
+    EXPECT_EQ(vk_get<Dimension>(window.baseWidget(), XtNwidth), 234);
+    EXPECT_EQ(vk_get<Dimension>(window.baseWidget(), XtNheight), 298);
+}
+
+TEST(VkConfigureWM, NamesWhatTheUserMayDoAndFixesTheSizeOtherwise)
+{
+    VkTestWindow fixed("fixed");
+    VkTestWindow free("free");
+    VkConfigureWM(fixed.baseWidget(), 1, 0, 1, 1, 0, 1, 1);
+    VkConfigureWM(free.baseWidget(), 1, 1, 0, 0, 1, 0, 0);
+    XtVaSetValues(fixed.baseWidget(), XtNwidth, 50, XtNheight, 40, nullptr);
+    fixed.show();
+    free.show();
+    qd_pump();
+    EXPECT_EQ(vk_get<int>(fixed.baseWidget(), XmNmwmDecorations),
+        MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_MENU | MWM_DECOR_MINIMIZE);
+    EXPECT_EQ(vk_get<int>(fixed.baseWidget(), XmNmwmFunctions),
+        MWM_FUNC_MINIMIZE | MWM_FUNC_MOVE | MWM_FUNC_CLOSE);
+    EXPECT_EQ(vk_get<int>(free.baseWidget(), XmNmwmDecorations),
+        MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_RESIZEH | MWM_DECOR_MAXIMIZE);
+    EXPECT_EQ(vk_get<int>(free.baseWidget(), XmNmwmFunctions), MWM_FUNC_RESIZE | MWM_FUNC_MAXIMIZE);
+
+    XSizeHints hints {};
+    long supplied = 0;
+    XGetWMNormalHints(theApplication->display(), XtWindow(fixed.baseWidget()), &hints, &supplied);
+    EXPECT_EQ(hints.flags & (PMinSize | PMaxSize), PMinSize | PMaxSize);
+    EXPECT_EQ((std::array {hints.min_width, hints.max_width, hints.min_height, hints.max_height}),
+        (std::array {50, 50, 40, 40}));
+    hints = {};
+    XGetWMNormalHints(theApplication->display(), XtWindow(free.baseWidget()), &hints, &supplied);
+    EXPECT_FALSE(hints.flags & PMaxSize);
+}

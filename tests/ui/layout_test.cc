@@ -1,0 +1,128 @@
+#include "tests/ui/ui_test.h"
+
+#include "ui/main_form.h"
+
+#include <Xm/Label.h>
+#include <Xm/List.h>
+
+namespace {
+
+struct Box {
+    int left, top, right, bottom;
+};
+
+Box box_of(Widget widget)
+{
+    Position x = 0;
+    Position y = 0;
+    Dimension width = 0;
+    Dimension height = 0;
+    XtVaGetValues(widget, XmNx, &x, XmNy, &y, XmNwidth, &width, XmNheight, &height, nullptr);
+    return {x, y, x + width, y + height};
+}
+
+bool overlap(const Box& a, const Box& b)
+{
+    return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
+}
+
+std::vector<Widget> children(Widget parent)
+{
+    WidgetList list = nullptr;
+    Cardinal count = 0;
+    if (XtIsComposite(parent))
+        XtVaGetValues(parent, XmNchildren, &list, XmNnumChildren, &count, nullptr);
+    std::vector<Widget> managed;
+    for (Cardinal i = 0; i < count; ++i)
+        if (XtIsManaged(list[i]))
+            managed.push_back(list[i]);
+    return managed;
+}
+
+bool too_small(Widget widget, const Box& box)
+{
+    XtWidgetGeometry wanted {};
+    if (!XmIsLabel(widget) && !XmIsTextField(widget))
+        return false;
+    XtQueryGeometry(widget, nullptr, &wanted);
+    return (XmIsLabel(widget) && wanted.width > box.right - box.left)
+        || wanted.height > box.bottom - box.top;
+}
+
+void add_misfits(Widget parent, std::string& misfits)
+{
+    const Box around = box_of(parent);
+    const std::vector<Widget> all = children(parent);
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Box box = box_of(all[i]);
+        auto report = [&](const std::string& what) {
+            misfits += std::string(XtName(all[i])) + " " + what + "\n";
+        };
+        if (too_small(all[i], box))
+            report("is too small");
+        if (box.left < 0 || box.top < 0 || box.right > around.right - around.left
+            || box.bottom > around.bottom - around.top)
+            report("lies outside");
+        for (size_t j = 0; j < i; ++j)
+            if (overlap(box, box_of(all[j])))
+                report(std::string("covers ") + XtName(all[j]));
+        add_misfits(all[i], misfits);
+    }
+}
+
+}
+
+std::string ui_misfits(Widget top)
+{
+    std::string misfits;
+    add_misfits(top, misfits);
+    return misfits;
+}
+
+std::vector<std::string> ui_lines(Widget top, const char* name)
+{
+    XmStringTable items = nullptr;
+    int count = 0;
+    XtVaGetValues(qd_find(top, name), XmNitems, &items, XmNitemCount, &count, nullptr);
+    std::vector<std::string> lines;
+    for (int i = 0; i < count; ++i) {
+        auto* text = static_cast<char*>(XmStringUnparse(
+            items[i], nullptr, XmCHARSET_TEXT, XmMULTIBYTE_TEXT, nullptr, 0, XmOUTPUT_ALL));
+        lines.emplace_back(text);
+        XtFree(text);
+    }
+    return lines;
+}
+
+TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
+{
+    ui_app();
+    struct Holder : VkSimpleWindow {
+        Holder() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
+        {
+            XtVaSetValues(form_.baseWidget(), XmNwidth, 234, XmNheight, 298, nullptr);
+            addView(&form_);
+            show();
+        }
+        MainForm form_;
+    } window;
+    // Long lines must not push anything about.
+    for (int i = 0; i < 30; ++i)
+        window.form_.addUserToList("someone.with.a.long.name@some.host.far.away.example.org");
+    window.form_.getStatWnd()->show();
+    qd_pump();
+
+    const Box main = box_of(window.form_.baseWidget());
+    EXPECT_EQ(main.right - main.left, 234);
+    EXPECT_EQ(main.bottom - main.top, 298);
+    EXPECT_EQ(ui_misfits(window.form_.baseWidget()), "");
+
+    Widget stat = window.form_.getStatWnd()->getStatForm()->baseWidget();
+    const Box figures = box_of(stat);
+    EXPECT_EQ(figures.right - figures.left, 583);
+    EXPECT_EQ(figures.bottom - figures.top, 310);
+    EXPECT_EQ(ui_misfits(stat), "");
+    const Box place = box_of(window.form_.getStatWnd()->baseWidget());
+    EXPECT_EQ(place.left, 300) << "the user's geometry";
+    EXPECT_EQ(place.top, 7);
+}

@@ -1,0 +1,54 @@
+// The application that the forms' tests share.
+#pragma once
+
+#include <gtest/gtest.h> // before all X headers: their macros would spoil it
+
+#include "signalling/views.h"
+#include "tests/support/x_app.h"
+
+#include <Xm/TextF.h>
+#include <string>
+#include <vector>
+
+inline QD_Test_App& ui_app()
+{
+    return QD_Test_App::get({"-xrm", "*statWindow.geometry: +300+7", "-xrm",
+        "*statCloseButton.labelString: Schlie\xc3\x9f"
+        "en",
+        "-xrm", "*shown.showStatistics: True"});
+}
+
+/// Writes down what the forms ask of the media.
+struct QD_Fake_Media : QD_Media_Control {
+    void playVideo() override { calls_.push_back("playVideo"); }
+    void stopVideo() override { calls_.push_back("stopVideo"); }
+    void playAudio() override { calls_.push_back("playAudio"); }
+    void stopAudio() override { calls_.push_back("stopAudio"); }
+    void updateOptions(_options*) override { calls_.push_back("updateOptions"); }
+    void setMicCutoffLevel(int level) override
+    {
+        calls_.push_back("setMicCutoffLevel " + std::to_string(level));
+    }
+
+    /// What was asked since the last call.
+    std::vector<std::string> take() { return std::exchange(calls_, {}); }
+
+    std::vector<std::string> calls_;
+};
+
+using Calls = std::vector<std::string>;
+
+inline std::string ui_text(Widget top, const char* field)
+{
+    char* text = XmTextFieldGetString(qd_find(top, field));
+    std::string out = text;
+    XtFree(text);
+    return out;
+}
+
+/// The lines of the list `name` below `top`.
+std::vector<std::string> ui_lines(Widget top, const char* name);
+
+/// Each managed widget below `top` that is smaller than it wants to be, lies
+/// outside its parent or over a sibling; one line each, "" if none.
+std::string ui_misfits(Widget top);
