@@ -12,13 +12,13 @@ build=${1:?usage: demo.sh BUILD_DIR}
 members=${DEMO_MEMBERS:-3}
 seconds=${DEMO_SECONDS:-15}
 demo=$build/demo
-started="" # process ids, the last one started first
+server="" # directory of the private display
 
+# The window manager has nothing to save and would ask its users first.
 clean_up() {
-    for pid in $started; do
-        kill "$pid" 2>/dev/null && wait "$pid" 2>/dev/null
-    done
-    [ -n "${server:-}" ] && rm -rf "$server"
+    [ -n "${mwm:-}" ] && kill -KILL "$mwm" 2>/dev/null && wait "$mwm" 2>/dev/null
+    [ -n "${xvfb:-}" ] && kill "$xvfb" 2>/dev/null && wait "$xvfb" 2>/dev/null
+    [ -n "$server" ] && rm -rf "$server"
 }
 trap clean_up EXIT
 trap 'exit 130' INT
@@ -48,7 +48,6 @@ start_display() {
     Xvfb -displayfd 3 -screen 0 "${screen}x24" -nolisten tcp \
         3>"$server/number" >"$server/log" 2>&1 &
     xvfb=$!
-    started="$xvfb $started"
     tries=100
     until [ -s "$server/number" ]; do
         tries=$((tries - 1))
@@ -63,7 +62,7 @@ start_display() {
     export DISPLAY
     unset XAUTHORITY
     mwm >"$server/mwm.log" 2>&1 &
-    started="$! $started"
+    mwm=$!
 }
 
 rm -rf "$demo"
