@@ -12,6 +12,10 @@ build: packages
 	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) >$(BUILD)/configure.log 2>&1 || { cat $(BUILD)/configure.log; exit 1; }
 	@cmake --build $(BUILD) -j $(JOBS)
 
+# A conference of three on this machine, with or without a display.
+demo: build
+	@tools/demo.sh $(BUILD)
+
 test: build
 	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 

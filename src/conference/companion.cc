@@ -131,5 +131,5 @@ void QD_Companion::start_end(const QD_Course& course)
         return;
     }
     phase_ = COMMAND;
-    deadline_ = QD_Clock::real().now() + COMMAND_BOUND;
+    deadline_ = QD_Clock::real().now() + course.command_bound_;
 }

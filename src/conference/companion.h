@@ -7,6 +7,7 @@
 struct QD_Course {
     std::chrono::seconds length_ {0}; // from when all have registered; 0: until it ends by itself
     std::string before_end_;          // a shell command, run when that time is over; "": none
+    std::chrono::milliseconds command_bound_ {20000}; // for that command
 };
 
 /// SIGINT, SIGTERM and SIGHUP end a conference orderly; a second one does not
@@ -14,9 +15,6 @@ struct QD_Course {
 /// construction on, so make one before any client starts. One thread.
 class QD_Companion {
 public:
-    /// How long the command before the end may take.
-    static constexpr std::chrono::seconds COMMAND_BOUND {20};
-
     /// Commands are read from `input` until it ends. Both others outlive this object.
     QD_Companion(QD_Conference& conference, std::ostream& out, int input);
 

@@ -1,0 +1,137 @@
+#include "conference/demo.h"
+
+#include "conference/voice_match.h"
+#include "conference/wav_file.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sstream>
+
+using testing::Contains;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+class Demo : public testing::Test {
+protected:
+    Demo()
+    {
+        std::string fresh = testing::TempDir() + "quendal-test-XXXXXX";
+        directory_ = mkdtemp(fresh.data());
+        ::unsetenv("QD_CAMERA");
+        line_.mode_ = QD_Command_Line::DEMO;
+        line_.count_ = 2;
+    }
+
+    ~Demo() override { std::filesystem::remove_all(directory_); }
+
+    void prepare() { ASSERT_EQ(qd_prepare_demo(line_, directory_, members_, out_), 0); }
+
+    void log(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(directory_ + "/" + name + "/log.txt") << text;
+    }
+
+    /// `hearer` recorded what `speaker` says, from `begin` on, for 2 s.
+    void record(const std::string& hearer, const std::string& speaker, size_t begin, int port) const
+    {
+        QD_Voice voice;
+        QD_Voice heard;
+        ASSERT_EQ(qd_read_wav(directory_ + "/voices/" + speaker + ".wav", voice), 0);
+        for (size_t i = 0; i < 16000; ++i)
+            heard.push_back(voice[(begin + i) % voice.size()]);
+        ASSERT_EQ(qd_write_wav(
+                      directory_ + "/" + hearer + "/speaker/port-" + std::to_string(port) + ".wav",
+                      heard),
+            0);
+    }
+
+    int report() { return qd_report_demo(directory_, members_, true, out_); }
+
+    std::string directory_;
+    QD_Command_Line line_;
+    std::vector<QD_Member_Plan> members_;
+    std::ostringstream out_;
+};
+
+TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
+{
+    line_.count_ = 8;
+    line_.screen_width_ = 1920;
+    line_.screen_height_ = 1600; // four rows
+    ASSERT_EQ(qd_write_wav(
+                  [this] {
+                      std::filesystem::create_directories(directory_ + "/voices");
+                      return directory_ + "/voices/anna.wav";
+                  }(),
+                  QD_Voice(100, 7)),
+        0);
+    prepare();
+    ASSERT_EQ(members_.size(), 8U);
+    QD_Voice voice;
+    ASSERT_EQ(qd_read_wav(directory_ + "/voices/anna.wav", voice), 0);
+    EXPECT_EQ(voice, QD_Voice(100, 7)); // a voice that is there stays
+    EXPECT_THAT(
+        members_[1].environment_, Contains("QD_SPEAKER=file:" + directory_ + "/bernt/speaker"));
+    EXPECT_THAT(members_[1].environment_, Contains("QD_CAMERA=testcard"));
+    EXPECT_THAT(members_[1].options_, Contains("+0+380"));
+    EXPECT_THAT(members_[5].options_, Contains("+880+380"));
+    EXPECT_THAT(members_[5].options_, Contains("*statWindow.geometry: +1140+380"));
+}
+
+TEST_F(Demo, LiveRecordsNothingAndLeavesTheFirstLoudspeakerToTheUser)
+{
+    line_.seconds_ = 0;
+    ::setenv("QD_CAMERA", "screen", 1);
+    prepare();
+    EXPECT_THAT(members_[0].environment_, Not(Contains(StartsWith("QD_SPEAKER="))));
+    EXPECT_THAT(members_[1].environment_, Contains("QD_SPEAKER=null"));
+    EXPECT_THAT(members_[1].environment_, Not(Contains(StartsWith("QD_CAMERA="))));
+    EXPECT_EQ(qd_report_demo(directory_, members_, false, out_), 0);
+}
+
+TEST_F(Demo, TheTableTellsWhatEachSentAndHeard)
+{
+    prepare();
+    log("anna",
+        "QD_AudioApp: sent 21 packets\n"
+        "QD_Session_Control: audio bernt@127.0.0.3, id=2: received 19, lost 1, late 3\n"
+        "QD_VideoApp: sent 75 packets\n"
+        "QD_Session_Control: video bernt@127.0.0.3, id=2: received 70, lost 4, late 0\n");
+    record("anna", "bernt", 5000, 1);
+    record("bernt", "anna", 31999, 0);
+    EXPECT_EQ(report(), 0);
+    EXPECT_EQ(out_.str(), R"(
+sound
+member       sent  from       received  lost  late   heard  likeness
+anna           21  bernt            19     1     3   2.0 s    1.0000
+bernt           -  anna              -     -     -   2.0 s    1.0000
+
+pictures
+member       sent  from       received  lost  late
+anna           75  bernt            70     4     0
+bernt           -  anna              -     -     -
+)");
+    EXPECT_TRUE(std::filesystem::exists(directory_ + "/heard/anna-hears-bernt.wav"));
+}
+
+TEST_F(Demo, FailsIfOneVoiceWasNotHeard)
+{
+    prepare();
+    record("anna", "bernt", 0, 0);
+    record("bernt", "bernt", 0, 0); // its own voice is not the other's
+    EXPECT_EQ(report(), -1);
+    EXPECT_THAT(out_.str(), testing::HasSubstr("nothing"));
+
+    // An earlier demo's recordings do not pass for this one's.
+    record("bernt", "anna", 0, 1);
+    EXPECT_EQ(report(), 0);
+    members_.clear();
+    prepare();
+    EXPECT_EQ(report(), -1);
+}
+
+}
