@@ -49,18 +49,6 @@ public:
         return qd_run(command) == 0 ? 0 : -1;
     }
 
-    /// Presses and releases a key for the window that has the keyboard, perhaps
-    /// while another ("alt", "ctrl") is held. Returns 0, -1 on failure.
-    int press(const std::string& key, const std::string& held = "") const
-    {
-        std::vector<std::string> command {"xdotool", "key", key};
-        if (!held.empty())
-            command = {"xdotool", "keydown", held, "key", key, "keyup", held};
-        QD_Child xdotool;
-        xdotool.start(command);
-        return xdotool.wait() == 0 ? 0 : -1;
-    }
-
     /// Writes the whole screen to a PNG file. Returns 0, -1 on failure.
     int screenshot(const std::string& path) const
     {
