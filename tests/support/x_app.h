@@ -7,7 +7,6 @@
 #include <Xm/Xm.h>
 #include <chrono>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,18 +37,13 @@ private:
             argv.push_back(word.data());
         int argc = static_cast<int>(argv.size());
         argv.push_back(nullptr);
-        app_ = std::make_unique<VkApp>("Application", &argc, argv.data());
+        new VkApp("Application", &argc, argv.data()); // theApplication, until the process ends
         left_.assign(argv.data(), argv.data() + argc);
     }
-    ~QD_Test_App()
-    {
-        app_.reset();
-        std::filesystem::remove_all(home_);
-    }
+    ~QD_Test_App() { std::filesystem::remove_all(home_); }
 
     QD_X_Server server_;
     std::string home_;
-    std::unique_ptr<VkApp> app_;
     std::vector<std::string> left_;
 };
 

@@ -220,7 +220,8 @@ TEST(MainForm, TheAudioPanelIsStartedInTheBackground)
     Form_Window window;
     const std::filesystem::path bin = std::filesystem::path(std::getenv("HOME")) / "bin";
     std::filesystem::create_directory(bin);
-    std::ofstream(bin / "apanel") << "#!/bin/sh\ntouch \"$HOME/panel-was-here\"\nexec sleep 3\n";
+    std::ofstream(bin / "apanel")
+        << "#!/bin/sh\ntouch \"$HOME/panel-was-here\"\nexec sleep 3 >&- 2>&-\n";
     std::filesystem::permissions(bin / "apanel", std::filesystem::perms::owner_all);
     const std::string path = std::getenv("PATH");
     ::setenv("PATH", (bin.string() + ":" + path).c_str(), 1);

@@ -75,12 +75,6 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv)
     VkAddDefaults(base_, name, VkLooks());
 }
 
-VkApp::~VkApp()
-{
-    theApplication = nullptr;
-    XtDestroyApplicationContext(context_);
-}
-
 void VkApp::run()
 {
     for (;;) {

@@ -6,7 +6,8 @@
 
 class VkSimpleWindow;
 
-/// One per process, made before any component. User-interface thread only.
+/// One per process, made before any component and kept until the process ends.
+/// User-interface thread only.
 class VkApp {
 public:
     /// Opens the display and takes the toolkit's options (-display, -geometry,
@@ -14,7 +15,6 @@ public:
     /// up under `appClass`. If the display cannot be opened, one line on
     /// standard error says so and the process exits with status 1.
     VkApp(const char* appClass, int* argc, char** argv);
-    ~VkApp();
     VkApp(const VkApp&) = delete;
     VkApp& operator=(const VkApp&) = delete;
 

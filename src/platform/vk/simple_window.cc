@@ -55,8 +55,7 @@ VkSimpleWindow::VkSimpleWindow(
 
 VkSimpleWindow::~VkSimpleWindow()
 {
-    if (theApplication)
-        theApplication->strike(this);
+    theApplication->strike(this);
     if (baseWidget())
         hide();
 }

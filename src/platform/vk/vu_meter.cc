@@ -105,7 +105,7 @@ void VkVuMeter::exposed(Widget widget, XtPointer self, XtPointer call)
 void VkVuMeter::dropGc()
 {
     // All windows share the application's display, which outlives the widget.
-    if (gc_ && theApplication)
+    if (gc_)
         XFreeGC(theApplication->display(), gc_);
     gc_ = nullptr;
 }
