@@ -10,7 +10,7 @@ packages:
 build: packages
 	@mkdir -p $(BUILD)
 	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) >$(BUILD)/configure.log 2>&1 || { cat $(BUILD)/configure.log; exit 1; }
-	@cmake --build $(BUILD) -j $(JOBS)
+	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS)
 
 # A conference of three on this machine, with or without a display.
 demo: build

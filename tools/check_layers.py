@@ -30,7 +30,7 @@ def room_of(header):
 
 def check_room(room, only, uses):
     bad = []
-    files = [p for p in sorted((SRC / room).iterdir()) if p.suffix in (".h", ".cc")]
+    files = [p for p in sorted((SRC / room).glob("*")) if p.suffix in (".h", ".cc")]
     for path in files:
         if only and path.stem not in only:
             continue
