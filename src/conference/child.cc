@@ -88,7 +88,7 @@ QD_Child::~QD_Child()
 {
     if (!runs())
         return;
-    ::kill(pid_, SIGKILL);
+    signal(SIGKILL);
     while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {}
 }
 
@@ -111,7 +111,7 @@ int QD_Child::start(const QD_Launch& launch)
 void QD_Child::signal(int number) const
 {
     if (runs()) // not waited for yet, so that the number is still its own
-        ::kill(pid_, number);
+        ::kill(-pid_, number);
 }
 
 bool QD_Child::take_end()

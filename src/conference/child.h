@@ -22,7 +22,7 @@ struct QD_Launch {
 class QD_Child {
 public:
     QD_Child() = default;
-    /// Kills what still runs.
+    /// Kills it if it still runs, with what it has started.
     ~QD_Child();
     QD_Child(const QD_Child&) = delete;
     QD_Child& operator=(const QD_Child&) = delete;
@@ -36,7 +36,7 @@ public:
     pid_t pid() const { return pid_; }
     bool runs() const { return pid_ > 0; }
 
-    /// Sends it a signal, if it runs.
+    /// Sends a signal to it and to what it has started itself, if it runs.
     void signal(int number) const;
 
     /// Whether the process has ended since it was started. Never waits.

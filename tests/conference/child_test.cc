@@ -18,7 +18,7 @@ std::string contents(const std::string& path)
     return text.str();
 }
 
-bool ends(QD_Child& child)
+bool has_ended(QD_Child& child)
 {
     pollfd polled {child.get(), POLLIN, 0};
     return ::poll(&polled, 1, 30000) == 1 && child.take_end();
@@ -40,17 +40,38 @@ TEST(Child, RunsInItsOwnSurroundings)
     QD_Child child;
     ASSERT_EQ(child.start(launch), 0);
     const std::string pid = std::to_string(child.pid());
-    ASSERT_TRUE(ends(child));
+    ASSERT_TRUE(has_ended(child));
     EXPECT_EQ(contents(log), "/usr\nkept new\n" + pid + "\n" + pid + "\n");
     EXPECT_EQ(child.how_it_ended(), "exit status 3");
     EXPECT_FALSE(child.ended_well());
 
     launch.program_ = "/nowhere/program";
     ASSERT_EQ(child.start(launch), 0);
-    ASSERT_TRUE(ends(child));
+    ASSERT_TRUE(has_ended(child));
     EXPECT_EQ(child.how_it_ended(), "exit status 127");
     EXPECT_EQ(contents(log), "cannot run /nowhere/program: No such file or directory\n");
     ::unlink(log.c_str());
+}
+
+// The pipe ends with the last process that holds it: the shell's own child.
+TEST(Child, ASignalReachesWhatTheChildHasStarted)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    QD_Launch launch;
+    launch.program_ = "/bin/sh";
+    launch.arguments_ = {"-c", "sleep 1000 & echo ready >&" + std::to_string(ends[1]) + "; wait"};
+    QD_Child child;
+    ASSERT_EQ(child.start(launch), 0);
+    ::close(ends[1]);
+    char ready[8];
+    ASSERT_EQ(::read(ends[0], ready, sizeof ready), 6);
+    child.signal(SIGKILL);
+    EXPECT_TRUE(has_ended(child));
+    pollfd polled {ends[0], POLLIN, 0};
+    EXPECT_EQ(::poll(&polled, 1, 30000), 1);
+    EXPECT_EQ(::read(ends[0], ready, 1), 0);
+    ::close(ends[0]);
 }
 
 // A parent that is killed takes its children along, even those it told nothing.

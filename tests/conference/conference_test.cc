@@ -51,9 +51,9 @@ protected:
     /// Runs the conference until `done`. Fails after a bound that nothing comes near.
     void run_until(const std::function<bool()>& done)
     {
-        const auto bound = std::chrono::steady_clock::now() + 60s;
+        const auto bound = std::chrono::steady_clock::now() + 30s;
         std::vector<pollfd> polled;
-        while (!done()) {
+        while (!HasFatalFailure() && !done()) {
             ASSERT_LT(std::chrono::steady_clock::now(), bound) << out_.str();
             polled.clear();
             conference().watch(polled);
