@@ -33,6 +33,17 @@ public:
     /// One pass of the control loop; see QD_Orvik_Control::handle_events.
     int handle_events(int wait_ms);
 
+    // What menu entries, built or added by others, and key bindings call.
+    static void quitCallback(Widget w, XtPointer self, XtPointer call);
+    static void resetCallback(Widget w, XtPointer self, XtPointer call);
+    static void optionsCallback(Widget w, XtPointer self, XtPointer call);
+    static void audioPanelCallback(Widget w, XtPointer self, XtPointer call);
+    static void statisticsCallback(Widget w, XtPointer self, XtPointer call);
+    static void chatCallback(Widget w, XtPointer self, XtPointer call);
+    static void confCallback(Widget w, XtPointer self, XtPointer call);
+    static void overviewCallback(Widget w, XtPointer self, XtPointer call);
+    static void usersCallback(Widget w, XtPointer self, XtPointer call);
+
     void playVideo() override;
     void stopVideo() override;
     void playAudio() override;
@@ -45,15 +56,6 @@ private:
     void close_media();
     void draw_levels();
 
-    static void quitCallback(Widget w, XtPointer self, XtPointer call);
-    static void resetCallback(Widget w, XtPointer self, XtPointer call);
-    static void optionsCallback(Widget w, XtPointer self, XtPointer call);
-    static void audioPanelCallback(Widget w, XtPointer self, XtPointer call);
-    static void statisticsCallback(Widget w, XtPointer self, XtPointer call);
-    static void chatCallback(Widget w, XtPointer self, XtPointer call);
-    static void confCallback(Widget w, XtPointer self, XtPointer call);
-    static void overviewCallback(Widget w, XtPointer self, XtPointer call);
-    static void usersCallback(Widget w, XtPointer self, XtPointer call);
     [[noreturn]] void quit();
     void reset();
 

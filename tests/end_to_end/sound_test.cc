@@ -113,12 +113,12 @@ protected:
     }
 
     // Everybody knows the sender, the receiver and the capture.
-    static void announce_all(const QD_Client_Under_Test& client)
+    static void announce_all(QD_Client_Under_Test& client)
     {
-        client.announce(SENDER, SENDER, "sender");
-        client.announce(RECEIVER, RECEIVER, "receiver");
-        client.announce(CAPTURE, CAPTURE, "capture");
-        ASSERT_TRUE(client.settle());
+        client.framework().announce(SENDER, SENDER, "sender");
+        client.framework().announce(RECEIVER, RECEIVER, "receiver");
+        client.framework().announce(CAPTURE, CAPTURE, "capture");
+        ASSERT_TRUE(client.framework().settle());
     }
 
     // The next packets from the sender of one payload type.
@@ -259,4 +259,34 @@ TEST_F(SoundTest, AdpcmPacketsOfAnIndependentCoderAreHeardAsItDecodesThem)
         ASSERT_EQ(samples[i],
             static_cast<short>(static_cast<uint8_t>(decoded[2 * i]) | decoded[2 * i + 1] << 8))
             << i;
+}
+
+// As with a person at the windows: in automatic mode Talk does nothing, by hand it silences.
+TEST_F(SoundTest, TalkCountsOnlyWhileSwitchedByHand)
+{
+    QD_Client_Under_Test sender(SENDER, speaking());
+    QD_Person person(sender);
+    announce_all(sender);
+    const auto silent = [&] {
+        // What was on its way, then nothing for three frames.
+        for (int packets = 0; packets < 20; ++packets)
+            if (capture_.receive(350).empty())
+                return true;
+        return false;
+    };
+    ASSERT_TRUE(person.look_at("Quendal"));
+    ASSERT_EQ(capture(1, 15).size(), 1u);
+    person.click(22, 234); // Talk off
+    EXPECT_FALSE(silent());
+    person.click(22, 234); // on again
+    person.click(73, 257); // Manual
+    person.click(22, 234); // off: now it counts
+    EXPECT_TRUE(silent());
+    person.click(22, 234);
+    EXPECT_FALSE(silent());
+    person.click(22, 234);
+    EXPECT_TRUE(silent());
+    person.click(73, 257); // automatic again: talking whatever Talk says
+    EXPECT_FALSE(silent());
+    EXPECT_EQ(sender.end(), 0);
 }

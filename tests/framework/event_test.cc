@@ -1,10 +1,10 @@
 #include "framework/event.h"
 
 #include "platform/net/fd.h"
+#include "tests/support/framework.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -39,23 +39,6 @@ struct Link {
     QD_Fd application, framework;
 };
 
-// A listening framework on a port of the system's choice.
-struct Framework {
-    Framework() : listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
-        ::listen(listener.get(), 4);
-        socklen_t size = sizeof address;
-        ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size);
-        port = std::to_string(ntohs(address.sin_port));
-    }
-    QD_Fd listener;
-    std::string port;
-};
-
 int launch(std::initializer_list<const char*> arguments)
 {
     std::vector<char*> argv;
@@ -70,14 +53,11 @@ int launch(std::initializer_list<const char*> arguments)
 
 TEST(Event, RegistersWithTheLaunchArgumentsBigEndian)
 {
-    Framework framework;
-    QD_Fd link(launch({"quendal", "1", "-2", "no number", framework.port.c_str()}));
+    QD_Test_Framework framework;
+    QD_Fd link(launch({"quendal", "1", "-2", "no number", framework.port().c_str()}));
     ASSERT_GT(link.get(), 2);
     EXPECT_NE(fcntl(link.get(), F_GETFD) & FD_CLOEXEC, 0);
-    QD_Fd peer(::accept(framework.listener.get(), nullptr, nullptr));
-    char got[12] = "";
-    ASSERT_EQ(::recv(peer.get(), got, sizeof got, MSG_WAITALL), 12);
-    EXPECT_EQ(std::string(got, 12), std::string("\0\0\0\1\xff\xff\xff\xfe\0\0\0\0", 12));
+    EXPECT_EQ(framework.accept(), std::string("\0\0\0\1\xff\xff\xff\xfe\0\0\0\0", 12));
 }
 
 TEST(EventDeathTest, EveryFailureHasItsMessageAndStatus)

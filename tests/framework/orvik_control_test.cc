@@ -1,12 +1,9 @@
 #include "framework/orvik_control.h"
 
-#include "tests/support/loopback.h"
+#include "tests/support/framework.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <thread>
 
 namespace {
 
@@ -16,41 +13,18 @@ protected:
     OrvikControlTest()
     {
         qd_use_test_address();
-        QD_Fd listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        ::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), size);
-        ::listen(listener.get(), 1);
-        ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size);
-        std::string port = std::to_string(ntohs(address.sin_port));
+        std::string port = framework_.port();
         char number[] = "1";
         char* argv[] = {number, number, number, number, port.data(), nullptr};
         control_ = std::make_unique<QD_Orvik_Control>(5, argv);
-        framework_.reset(::accept(listener.get(), nullptr, nullptr));
-        hear(12);
+        framework_.accept();
     }
     ~OrvikControlTest() override { session_->reset(); }
 
-    void say(const std::string& payload, char type = 9)
-    {
-        std::string event("\0\0\0", 3);
-        event += type;
-        event += std::string("\0\0\0", 3) + static_cast<char>(payload.size()) + payload;
-        ASSERT_EQ(::send(framework_.get(), event.data(), event.size(), 0),
-            static_cast<ssize_t>(event.size()));
-    }
-
-    std::string hear(size_t bytes)
-    {
-        std::string got(bytes, '\0');
-        ::recv(framework_.get(), got.data(), bytes, MSG_WAITALL);
-        return got;
-    }
+    void say(const std::string& payload) { framework_.send_event(9, payload); }
 
     QD_Session_Ref session_;
-    QD_Fd framework_;
+    QD_Test_Framework framework_;
     std::unique_ptr<QD_Orvik_Control> control_;
 };
 
@@ -108,5 +82,5 @@ TEST_F(OrvikControlTest, ADisplayRequestEndsTheWaitOnce)
 TEST_F(OrvikControlTest, MessagesGoOutAsEventsOfTypeThirty)
 {
     EXPECT_EQ(control_->send_msg("hello", 5), 0);
-    EXPECT_EQ(hear(13), std::string("\0\0\0\x1e\0\0\0\5hello", 13));
+    EXPECT_EQ(framework_.hear(13), std::string("\0\0\0\x1e\0\0\0\5hello", 13));
 }
