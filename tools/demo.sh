@@ -71,6 +71,7 @@ make_voices || { echo "the voices could not be made" >&2; exit 1; }
 
 if [ -z "${DEMO_HEADLESS:-}" ] && [ -n "${DISPLAY:-}" ] && timeout 5 xdpyinfo >/dev/null 2>&1; then
     screen=$(xdpyinfo | sed -n 's/^ *dimensions: *\([0-9]*x[0-9]*\).*/\1/p' | head -1)
+    trap : INT # leaving is no failure; the conference ends by itself
     echo "leave with Ctrl-C, by closing all windows, or by typing: end"
     "$build/quendal-conference" demo --dir "$demo" --members "$members" --seconds 0 \
         --screen "${screen:-1280x1024}"
