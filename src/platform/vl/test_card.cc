@@ -14,7 +14,8 @@ namespace {
 
 constexpr int HOUR_MS = 3'600'000;
 constexpr int BARS_HEIGHT = 80;
-constexpr int BLOCK = 24;
+constexpr int CLOCK_TOP = 112;
+constexpr int BLOCK = 24; // wanders above the clock
 constexpr int DOT = 4; // the side of a dot of the clock's digits
 constexpr auto INTERVAL = std::chrono::milliseconds(33);
 
@@ -67,7 +68,7 @@ void draw_clock(char* out, long milliseconds)
     const long parts[] = {tenths / 36000 % 24, tenths / 600 % 60, tenths / 10 % 60};
     int left = 12;
     const auto draw = [&](size_t digit) {
-        draw_digit(out, left, 112, digit);
+        draw_digit(out, left, CLOCK_TOP, digit);
         left += 4 * DOT;
     };
     for (long part : parts) {
@@ -120,9 +121,9 @@ void QD_Test_Card::paint(long milliseconds, char* out) const
     fill(
         out, 0, BARS_HEIGHT, QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT - BARS_HEIGHT, tint(hue_, 80, 50));
     draw_clock(out, milliseconds);
-    const long steps = milliseconds / 20 + 37L * hue_;
+    const long steps = milliseconds / 10 + 37L * hue_;
     const int x = bounce(steps, QD_PICTURE_WIDTH - BLOCK) & ~1;
-    const int y = bounce(steps * 2 / 3, QD_PICTURE_HEIGHT - BLOCK) & ~1;
+    const int y = bounce(steps * 2 / 3, CLOCK_TOP - 4 - BLOCK) & ~1;
     fill(out, x, y, BLOCK, BLOCK, WHITE);
     fill(out, x + 4, y + 4, BLOCK - 8, BLOCK - 8, tint(hue_ + 180, 120, 90));
 }
