@@ -79,6 +79,8 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     session_->set_reactor(&reactor_);
     audio_ = std::make_unique<QD_AudioApp>();
     audio_->init();
+    video_ = std::make_unique<QD_VideoApp>();
+    video_->init();
 }
 
 void MainWindowMainWindow::build_menus()
@@ -99,6 +101,9 @@ void MainWindowMainWindow::close_media()
     if (audio_)
         audio_->close();
     audio_.reset();
+    if (video_)
+        video_->close();
+    video_.reset();
     if (ctrlWorkProcHandle != 0)
         XtRemoveWorkProc(ctrlWorkProcHandle);
     ctrlWorkProcHandle = 0;
@@ -154,18 +159,19 @@ void MainWindowMainWindow::reset()
     form_->reset(nullptr, nullptr);
 }
 
-void MainWindowMainWindow::playVideo()
-{
-    VkUnimplemented(baseWidget(), "MainWindowMainWindow::playVideo");
-}
+void MainWindowMainWindow::playVideo() { video_->play(); }
 
-void MainWindowMainWindow::stopVideo() {}
+void MainWindowMainWindow::stopVideo() { video_->stop(); }
 
 void MainWindowMainWindow::playAudio() { audio_->play(); }
 
 void MainWindowMainWindow::stopAudio() { audio_->stop(); }
 
-void MainWindowMainWindow::updateOptions(_options* options) { audio_->update_options(options); }
+void MainWindowMainWindow::updateOptions(_options* options)
+{
+    audio_->update_options(options);
+    video_->update_options(options);
+}
 
 void MainWindowMainWindow::setMicCutoffLevel(int level)
 {

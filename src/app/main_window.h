@@ -7,6 +7,7 @@
 #include "platform/vk/window.h"
 #include "signalling/session_control.h"
 #include "ui/main_form.h"
+#include "video/video_app.h"
 
 #include <memory>
 
@@ -64,5 +65,6 @@ private:
     QD_Session_Control* session_;
     std::unique_ptr<QD_Orvik_Control> framework_;
     std::unique_ptr<QD_AudioApp> audio_;
+    std::unique_ptr<QD_VideoApp> video_;
     QD_Clock::Time levels_drawn_;
 };

@@ -1,0 +1,139 @@
+#include "platform/vl/vl.h"
+
+#include "tests/support/pictures.h"
+
+#include <chrono>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace {
+
+class Vl : public testing::Test {
+protected:
+    Vl() { setenv("QD_CAMERA", "testcard", 1); }
+    ~Vl() override { qd_vl_shutdown(); }
+
+    std::string decode_h261(int id, const std::string& bits)
+    {
+        std::string out(QD_PICTURE_SIZE, '\0');
+        decode_frame(bits.data(), static_cast<int>(bits.size()), out.data(), 0, id);
+        return out;
+    }
+    std::string decode_h263(int id, const std::string& bits)
+    {
+        const auto picture = H263decodeFrame(id, bits.data(), static_cast<int>(bits.size()));
+        return picture ? std::string(picture.get(), QD_PICTURE_SIZE) : "";
+    }
+    static std::string h263(const std::string& picture, bool intra)
+    {
+        char out[QD_CODED_SIZE];
+        const char* p = picture.data();
+        const int n = intra ? H263codeIntraFrame(p, out) : H263codeFrame(&p, out);
+        return std::string(out, static_cast<size_t>(std::max(n, 0)));
+    }
+    static std::string h261(const std::string& picture, bool intra)
+    {
+        char out[QD_CODED_SIZE];
+        const int n = intra ? p64EncodeIntraFrame(picture.data(), out)
+                            : p64EncodeFrame(picture.data(), out);
+        return std::string(out, static_cast<size_t>(std::max(n, 0)));
+    }
+};
+
+}
+
+TEST_F(Vl, QcifAndNothingElse)
+{
+    EXPECT_EQ(H263initEncoder(352, 288), -1);
+    EXPECT_EQ(initcapture(352, 288), -1);
+    EXPECT_EQ(H263initEncoder(176, 144), 0);
+    EXPECT_EQ(H263initDecoder(), 0);
+    EXPECT_EQ(init_codec(), 0);
+    EXPECT_EQ(init_encoder(), 0);
+    EXPECT_EQ(init_decoder(), 0);
+}
+
+TEST_F(Vl, StreamsAreDecodedApart)
+{
+    qd_set_video_rate(1500, 10);
+    const std::string a0 = h263(qd_test_picture(0), true);
+    const std::string a1 = h263(qd_test_picture(1), false);
+    const std::string b0 = h261(qd_test_picture(50), true);
+    const std::string b1 = h261(qd_test_picture(51), false);
+
+    const std::string first = decode_h263(0, a0);
+    EXPECT_GT(qd_psnr(first.data(), qd_test_picture(0).data()), 30);
+    EXPECT_EQ(decode_h263(1, a1), "") << "stream 1 has seen no intra picture";
+    EXPECT_EQ(decode_h263(99, a0), first);
+    EXPECT_GT(qd_psnr(decode_h263(0, a1).data(), qd_test_picture(1).data()), 30);
+
+    const std::string still = decode_h261(0, b0);
+    EXPECT_GT(qd_psnr(still.data(), qd_test_picture(50).data()), 30);
+    EXPECT_EQ(decode_h261(0, ""), still) << "the last good picture";
+    EXPECT_GT(qd_psnr(decode_h261(0, b1).data(), qd_test_picture(51).data()), 30);
+    EXPECT_EQ(static_cast<int>(decode_h261(7, "")[0]), 16) << "black";
+
+    qd_reset_decoder(0);
+    EXPECT_EQ(decode_h263(0, a1), "");
+    EXPECT_EQ(static_cast<int>(decode_h261(0, "")[0]), 16);
+    for (int id : {-1, 100, 1 << 30}) {
+        EXPECT_EQ(decode_h263(id, a0), "");
+        EXPECT_EQ(static_cast<int>(decode_h261(id, b0)[0]), 16);
+        qd_reset_decoder(id);
+    }
+}
+
+TEST_F(Vl, ChangedRatesBeginWithAnIntraPictureAndAbsurdOnesAreTaken)
+{
+    for (auto [kbps, fps] : {std::pair(20.0, 10), {1e300, 1 << 30}, {-5.0, -1}, {0.0, 0}}) {
+        qd_set_video_rate(kbps, fps);
+        const std::string bits = h263(qd_test_picture(3), false);
+        ASSERT_FALSE(bits.empty());
+        qd_reset_decoder(4);
+        EXPECT_NE(decode_h263(4, bits), "");
+        EXPECT_FALSE(h261(qd_test_picture(3), false).empty());
+    }
+}
+
+TEST_F(Vl, TheRateDecidesWhatPicturesCost)
+{
+    const auto cost = [](double kbps) {
+        qd_set_video_rate(kbps, 10);
+        size_t bytes = 0;
+        for (int i = 0; i < 60; ++i)
+            bytes += h261(qd_test_picture(i), i % 10 == 0).size() * (i >= 30 ? 1 : 0);
+        return bytes / 30.0 * 10 / 125; // kbit/s at ten a second
+    };
+    EXPECT_NEAR(cost(60), 54, 8);
+    EXPECT_NEAR(cost(120), 108, 16);
+}
+
+TEST_F(Vl, PicturesComeAtTheRate)
+{
+    ASSERT_EQ(initcapture(176, 144), 0);
+    qd_set_video_rate(1500, 20);
+    auto before = getFrame(176, 144);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 10; ++i) {
+        auto picture = getFrame(176, 144);
+        EXPECT_NE(memcmp(picture.get(), before.get(), QD_PICTURE_SIZE), 0);
+        before = std::move(picture);
+    }
+    EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(450));
+}
+
+TEST(Yuv9, ColourIsEnlargedAndItsPlanesChangePlaces)
+{
+    std::string src;
+    for (int i = 0; i < 8 * 4; ++i)
+        src += static_cast<char>(i);
+    src += "VvUu"; // two points each
+    std::string y(32, '\0');
+    std::string u(8, '\0');
+    std::string v(8, '\0');
+    YVU9toYUV411(src.data(), y.data(), u.data(), v.data(), 8, 4);
+    EXPECT_EQ(y, src.substr(0, 32));
+    EXPECT_EQ(u, "UUuuUUuu");
+    EXPECT_EQ(v, "VVvvVVvv");
+    static_assert(QD_YUV9_SIZE == 28512);
+}

@@ -1,0 +1,72 @@
+// Pictures for tests, and what a second opinion makes of coded ones.
+#pragma once
+
+#include "platform/vl/picture.h"
+#include "tests/support/temp_dir.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <sstream>
+#include <string>
+
+/// A scene that moves with `step`: a gradient, a pattern that pans, some colour.
+inline std::string qd_test_picture(int step)
+{
+    std::string picture(QD_PICTURE_SIZE, '\0');
+    for (int y = 0; y < QD_PICTURE_HEIGHT; ++y)
+        for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
+            const double wave = 50 * std::sin((x + 2 * step) * 0.21) * std::cos((y + step) * 0.17);
+            picture[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)]
+                = static_cast<char>(std::lround(60 + x / 2.0 + wave));
+        }
+    for (int i = 0; i < QD_CHROMA_SIZE; ++i) {
+        const int x = i % QD_CHROMA_WIDTH;
+        picture[static_cast<size_t>(QD_U_OFFSET + i)] = static_cast<char>(90 + x / 2);
+        picture[static_cast<size_t>(QD_V_OFFSET + i)]
+            = static_cast<char>(170 - i / 200 - step % 20);
+    }
+    return picture;
+}
+
+/// White noise in all planes.
+inline std::string qd_noise_picture(unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string picture(QD_PICTURE_SIZE, '\0');
+    for (char& c : picture)
+        c = static_cast<char>(random());
+    return picture;
+}
+
+/// Decibels between two pictures' luminance; 99 if they are equal.
+inline double qd_psnr(const char* a, const char* b)
+{
+    double sum = 0;
+    for (int i = 0; i < QD_LUMA_SIZE; ++i) {
+        const int d = static_cast<uint8_t>(a[i]) - static_cast<uint8_t>(b[i]);
+        sum += d * d;
+    }
+    return sum == 0 ? 99 : 10 * std::log10(255.0 * 255.0 * QD_LUMA_SIZE / sum);
+}
+
+/// What the ffmpeg program makes of a stream ("h263" or "h261"): all its
+/// pictures one behind the other, "" if it complains of anything.
+inline std::string qd_ffmpeg_decode(const std::string& format, const std::string& stream)
+{
+    QD_Temp_Dir dir;
+    qd_write_file(dir.file("in"), stream);
+    const std::string command = "ffmpeg -nostdin -v error -xerror -f " + format + " -i "
+        + dir.file("in") + " -fps_mode passthrough -f rawvideo -pix_fmt yuv420p " + dir.file("out")
+        + " >" + dir.file("log") + " 2>&1";
+    const bool ended_well = system(command.c_str()) == 0;
+    std::istringstream log(qd_read_file(dir.file("log")));
+    std::string complaints;
+    for (std::string line; std::getline(log, line);)
+        if (line.find("first frame is no keyframe") == std::string::npos) // H.261 knows none
+            complaints += line + "\n";
+    fputs(complaints.c_str(), stderr);
+    return ended_well && complaints.empty() ? qd_read_file(dir.file("out")) : "";
+}

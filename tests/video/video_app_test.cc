@@ -1,0 +1,406 @@
+#include "video/video_app.h"
+
+#include "platform/net/bytes.h"
+#include "platform/vl/codec.h"
+#include "tests/support/fake_views.h"
+#include "tests/support/loopback.h"
+#include "tests/support/pictures.h"
+#include "tests/support/udp_peer.h"
+#include "tests/support/wait.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <optional>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int LOCAL = 7;
+constexpr int PEER = 9;
+
+struct Packet {
+    int type;
+    unsigned seq;
+    int number;
+    std::string bits;
+    std::string whole;
+};
+
+class VideoApp : public testing::Test {
+protected:
+    VideoApp()
+    {
+        qd_use_test_address();
+        setenv("QD_CAMERA", "testcard", 1);
+        setenv("HOME", dir_.path().c_str(), 1);
+        std::filesystem::current_path(dir_.path());
+        session_->set_display_factory(&displays_);
+        app_ = std::make_unique<QD_VideoApp>();
+    }
+    ~VideoApp() override
+    {
+        app_->close();
+        app_.reset();
+        session_->reset();
+        session_->set_display_factory(nullptr);
+        std::filesystem::current_path("/");
+    }
+
+    void join(int id, int host)
+    {
+        session_->new_member(new QD_Member(nullptr, id, "m", qd_test_host(host)));
+    }
+
+    _options* options(Connection connection, int fps)
+    {
+        session_->get_options()->connection = connection;
+        session_->get_options()->fps_max = fps;
+        return session_->get_options();
+    }
+
+    // Hands the application a packet as if it had come from `id`.
+    int receive(int type, std::string payload, int id = PEER, int version = 2)
+    {
+        rtp_fix_header header;
+        header.type = static_cast<unsigned>(version);
+        header.pt = static_cast<unsigned>(type);
+        header.ssrc = static_cast<uint32_t>(id);
+        return app_->process_message(&header, payload.data(), static_cast<int>(payload.size()));
+    }
+
+    // A coded picture as a payload.
+    static std::string payload(QD_Picture_Encoder& encoder, const std::string& picture, bool intra)
+    {
+        std::string out(QD_CODED_SIZE, '\0');
+        const int n = encoder.encode(picture.data(), intra, 4, out.data());
+        return std::string(12, 'h') + out.substr(0, static_cast<size_t>(n)) + "end";
+    }
+
+    // Lets the member windows catch up; returns what became of them since.
+    std::vector<std::string> serve()
+    {
+        displays_.log.clear();
+        for (int i = 0; i < 4; ++i)
+            session_->handle_member_events();
+        return displays_.log;
+    }
+
+    std::string trace_since(size_t& from) const
+    {
+        const std::string all = qd_read_file(dir_.file("video.log"));
+        const std::string part = all.substr(from);
+        from = all.size();
+        return part;
+    }
+
+    static std::optional<Packet> next(const QD_Udp_Peer& peer, int milliseconds = 3000)
+    {
+        const std::string datagram = peer.receive(milliseconds);
+        if (datagram.size() < 28)
+            return std::nullopt;
+        const auto* wire = reinterpret_cast<const uint8_t*>(datagram.data());
+        EXPECT_EQ(wire[0], 0x80);
+        EXPECT_EQ(qd_get_u32(wire + 8), static_cast<uint32_t>(LOCAL));
+        return Packet {wire[1] & 0x7f, qd_get_u16(wire + 2), wire[12],
+            datagram.substr(24, datagram.size() - 27), datagram};
+    }
+
+    static bool is_h263_intra(const Packet& p) { return (p.bits[4] & 2) == 0; }
+
+    QD_Temp_Dir dir_;
+    QD_Fake_Displays displays_;
+    QD_Session_Ref session_;
+    std::unique_ptr<QD_VideoApp> app_;
+};
+
+}
+
+TEST_F(VideoApp, SendsWhatItsCameraSees)
+{
+    ASSERT_EQ(app_->init(), 0);
+    const QD_Udp_Peer peer(qd_test_host(2), QD_VideoApp::PORT);
+    ASSERT_TRUE(peer.bound());
+    join(PEER, 2);
+    app_->play(); // no local member: nothing
+    EXPECT_FALSE(next(peer, 50));
+    join(LOCAL, 1);
+    EXPECT_FALSE(next(peer, 50));
+    app_->play();
+    app_->play();
+
+    std::string stream;
+    for (int i = 0; i < 21; ++i) {
+        const auto packet = next(peer);
+        ASSERT_TRUE(packet) << i;
+        EXPECT_EQ(packet->type, 0) << "H.263 until options are applied";
+        EXPECT_EQ(packet->number, i + 1);
+        EXPECT_EQ(is_h263_intra(*packet), i % 10 == 0) << i;
+        const auto* wire = reinterpret_cast<const uint8_t*>(packet->whole.data());
+        EXPECT_NEAR(qd_get_u32(wire + 16), time(nullptr), 30) << "seconds";
+        EXPECT_LT(qd_get_u32(wire + 20), 1000000u) << "microseconds";
+        stream += packet->bits;
+    }
+    EXPECT_EQ(qd_ffmpeg_decode("h263", stream).size(), size_t {QD_PICTURE_SIZE} * 21);
+
+    app_->update_options(options(_modem28, 10));
+    auto packet = next(peer);
+    for (int i = 0; i < 4 && packet && !is_h263_intra(*packet); ++i) // some were on their way
+        packet = next(peer);
+    ASSERT_TRUE(packet);
+    EXPECT_TRUE(is_h263_intra(*packet)) << "the first after options changed";
+    EXPECT_LT(packet->number, 26);
+
+    app_->stop();
+    while (next(peer, 300)) {}
+    const auto log = serve();
+    EXPECT_EQ(displays_.open, 0) << "closed and not opened again";
+    app_->play();
+    EXPECT_TRUE(next(peer));
+}
+
+TEST_F(VideoApp, PictureNumbersWrapAndAreWhatTheOwnFiguresCount)
+{
+    ASSERT_EQ(app_->init(), 0);
+    const QD_Udp_Peer peer(qd_test_host(2), QD_VideoApp::PORT);
+    join(LOCAL, 1);
+    join(PEER, 2);
+    app_->update_options(options(_lan, 30)); // to 10: it was H.263, and so it stays 30
+    app_->play();
+    std::string stream;
+    for (int i = 0; i < 260; ++i) {
+        const auto packet = next(peer);
+        ASSERT_TRUE(packet) << i;
+        EXPECT_EQ(packet->type, 1);
+        EXPECT_EQ(packet->seq, static_cast<unsigned>(i));
+        EXPECT_EQ(packet->number, (i + 1) % 256);
+        stream += packet->bits;
+    }
+    EXPECT_EQ(qd_ffmpeg_decode("h261", stream).size(), size_t {QD_PICTURE_SIZE} * 260);
+    const QD_Session_Hold hold(session_.get());
+    const UserData* own = session_->get_member(LOCAL)->get_video_data();
+    ASSERT_TRUE(own);
+    EXPECT_GE(own->frames_received, 258);
+    EXPECT_GE(own->frames_lost, 3) << "their numbers begin anew";
+    EXPECT_LT(own->frames_lost, 20);
+}
+
+TEST_F(VideoApp, OptionsChooseCodecAndLimits)
+{
+    struct {
+        Connection connection;
+        int fps;
+        int fps_after;
+    } const steps[] = {
+        {_modem28, 7, 7}, // H.263 already
+        {_lan, 7, 7},     // from H.263: the user's rate stays
+        {_lan, 8, 10},    // by the same rule, as it is not H.263 now
+        {_isdn, 8, 8},
+        {_isdn2, 8, 8},
+        {_modem28, 8, 10},
+        {_isdn2, 3, 10},
+        {_modem28, 3, 10},
+        {_isdn, 3, 5},
+        {static_cast<Connection>(77), 9, 9}, // H.263
+        {_modem28, 4, 4},
+    };
+    int n = 0;
+    for (const auto& step : steps) {
+        _options* changed = options(step.connection, step.fps);
+        app_->update_options(changed);
+        EXPECT_EQ(changed->fps_max, step.fps_after) << n;
+        ++n;
+    }
+}
+
+TEST_F(VideoApp, AppliesOptionsAtOnceAndInTheMiddleOfAPause)
+{
+    ASSERT_EQ(app_->init(), 0);
+    const QD_Udp_Peer peer(qd_test_host(2), QD_VideoApp::PORT);
+    join(LOCAL, 1);
+    join(PEER, 2);
+    app_->play();
+    ASSERT_TRUE(next(peer));
+    for (int fps : {1, 30, -5, 2000000000}) {
+        const auto begin = std::chrono::steady_clock::now();
+        app_->update_options(options(static_cast<Connection>(77), fps));
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 1300ms);
+        EXPECT_TRUE(next(peer)) << fps;
+    }
+}
+
+TEST_F(VideoApp, ShowsWhatOthersSend)
+{
+    join(LOCAL, 1);
+    join(PEER, 2);
+    size_t read = 0;
+    const int number = session_->get_member(PEER)->get_internal_id();
+    const std::string id = "id: " + std::to_string(number) + "\n";
+    EXPECT_EQ(trace_since(read), "");
+
+    const struct {
+        QD_Codec codec;
+        int type;
+        const char* trace;
+    } cases[] = {
+        {QD_Codec::H263, 0, "31\n32\n33\n34\n35\n36\n37\n38\n39\n40\n"},
+        {QD_Codec::H261, 1, "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n"},
+    };
+    for (const auto& c : cases) {
+        QD_Picture_Encoder encoder(c.codec);
+        ASSERT_EQ(encoder.open(10, QD_CODED_SIZE), 0);
+        for (int step = 0; step < 3; ++step) { // the first two open and prepare the window
+            std::string picture(QD_PICTURE_SIZE, static_cast<char>(100 + c.type * 20));
+            EXPECT_EQ(receive(c.type, payload(encoder, picture, step == 0)), 0);
+            EXPECT_EQ(trace_since(read), id + c.trace);
+            const auto log = serve();
+            if (step == 2) {
+                ASSERT_FALSE(log.empty());
+                EXPECT_EQ(log[0], "drew " + std::to_string(100 + c.type * 20));
+            }
+        }
+    }
+    std::string raw
+        = std::string(12, 'h') + std::string(25344, 'y') + std::string(3168, 'c') + "end";
+    EXPECT_EQ(receive(10, raw), 0);
+    EXPECT_EQ(serve().at(0), "drew 121");
+    raw.pop_back();
+    EXPECT_EQ(receive(10, raw), 0) << "too short: counted, not shown";
+    EXPECT_TRUE(serve().empty());
+
+    EXPECT_EQ(receive(5, ""), 0);
+    EXPECT_EQ(displays_.open, 1);
+    EXPECT_EQ(serve().at(0), "closed");
+    EXPECT_EQ(receive(3, "anything"), 0);
+    EXPECT_EQ(serve().size(), 2u) << "made and shown";
+    EXPECT_EQ(receive(99, "anything"), 0);
+    EXPECT_TRUE(serve().empty());
+    const QD_Session_Hold hold(session_.get());
+    EXPECT_EQ(session_->get_member(PEER)->get_video_data()->frames_received, 10);
+}
+
+TEST_F(VideoApp, RefusesWhatIsNoPicture)
+{
+    join(LOCAL, 1);
+    join(PEER, 2);
+    QD_Picture_Encoder encoder(QD_Codec::H263);
+    ASSERT_EQ(encoder.open(10, QD_CODED_SIZE), 0);
+    const std::string good = payload(encoder, qd_test_picture(0), true);
+    EXPECT_EQ(receive(0, good, 12345), -1) << "no member";
+    EXPECT_EQ(receive(0, good, PEER, 1), -1) << "no version 2";
+    rtp_fix_header header;
+    header.ssrc = PEER;
+    char nothing = 0;
+    EXPECT_EQ(app_->process_message(&header, &nothing, -1), -1) << "shorter than a header";
+    EXPECT_FALSE(session_->get_member(PEER)->get_video_data());
+
+    size_t read = 0;
+    const std::string id
+        = "id: " + std::to_string(session_->get_member(PEER)->get_internal_id()) + "\n";
+    for (size_t length : {0, 1, 12, 14, 15, 16, 30}) {
+        SCOPED_TRACE(length);
+        EXPECT_EQ(receive(0, std::string(length, '\0')), 0);
+        EXPECT_EQ(trace_since(read), id + "31\n32\n33\n34\n39\n40\n");
+        EXPECT_TRUE(serve().empty());
+        EXPECT_EQ(receive(1, std::string(length, '\0')), 0);
+        EXPECT_EQ(trace_since(read).substr(0, id.size() + 6), id + "1\n2\n3\n");
+        serve();
+        EXPECT_EQ(receive(10, std::string(length, '\0')), 0);
+    }
+    EXPECT_EQ(receive(0, good), 0);
+    EXPECT_FALSE(serve().empty());
+}
+
+TEST_F(VideoApp, WhoComesAgainIsDecodedAfreshAndTheHundredAndFirstIsSeen)
+{
+    QD_Picture_Encoder encoder(QD_Codec::H263);
+    ASSERT_EQ(encoder.open(10, QD_CODED_SIZE), 0);
+    const std::string intra = payload(encoder, qd_test_picture(0), true);
+    const std::string predicted = payload(encoder, qd_test_picture(1), false);
+    for (int round = 0; round < 130; ++round) {
+        join(PEER, 2);
+        EXPECT_EQ(receive(0, predicted), 0);
+        EXPECT_TRUE(serve().empty()) << "nothing to predict from in round " << round;
+        EXPECT_EQ(receive(0, intra), 0);
+        EXPECT_FALSE(serve().empty());
+        session_->delete_member(PEER);
+    }
+}
+
+TEST_F(VideoApp, ReceivingOutlivesJoinsAndLeaves)
+{
+    ASSERT_EQ(app_->init(), 0);
+    join(LOCAL, 1);
+    app_->play();
+    const QD_Udp_Peer peer(qd_test_host(2), QD_VideoApp::PORT);
+    std::vector<std::string> datagrams;
+    for (const auto codec : {QD_Codec::H263, QD_Codec::H261}) {
+        QD_Picture_Encoder encoder(codec);
+        ASSERT_EQ(encoder.open(10, QD_CODED_SIZE), 0);
+        const char type = codec == QD_Codec::H263 ? 0 : 1;
+        datagrams.push_back(std::string("\x80", 1) + type + std::string(9, '\0')
+            + static_cast<char>(PEER) + payload(encoder, qd_test_picture(0), true));
+    }
+    std::atomic<bool> going = true;
+    std::thread sender([&] {
+        for (size_t i = 0; going; ++i) {
+            peer.send(datagrams[i % 2], qd_test_host(1));
+            std::this_thread::sleep_for(200us);
+        }
+    });
+    int seen = 0;
+    for (int round = 0; round < 100; ++round) {
+        join(PEER, 2);
+        if (round % 10 == 0) {
+            EXPECT_TRUE(qd_wait_for([&] {
+                const QD_Session_Hold hold(session_.get());
+                return session_->get_member(PEER)->get_video_data() != nullptr;
+            }));
+            ++seen;
+        }
+        session_->handle_member_events();
+        session_->delete_member(PEER);
+    }
+    going = false;
+    sender.join();
+    EXPECT_EQ(seen, 10);
+}
+
+TEST(VideoAppAlone, NeedsNoDirectoryToWriteIn)
+{
+    qd_use_test_address();
+    setenv("QD_CAMERA", "testcard", 1);
+    const QD_Temp_Dir home;
+    setenv("HOME", home.path().c_str(), 1);
+    std::filesystem::current_path("/proc"); // not even root creates files there
+    const QD_Session_Ref session;
+    {
+        QD_VideoApp app;
+        session->new_member(new QD_Member(nullptr, PEER, "m", qd_test_host(2)));
+        rtp_fix_header header;
+        header.ssrc = PEER;
+        char payload[20] = {};
+        EXPECT_EQ(app.process_message(&header, payload, sizeof payload), 0);
+        app.close();
+    }
+    std::filesystem::current_path("/");
+    session->reset();
+}
+
+TEST(VideoAppAlone, ALineOfTheTraceIsCheap)
+{
+    const QD_Temp_Dir dir;
+    QD_Trace_File trace(dir.file("log").c_str());
+    std::vector<double> took;
+    for (int i = 0; i < 1001; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
+        trace.line(i);
+        took.push_back(
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - begin)
+                .count());
+    }
+    std::nth_element(took.begin(), took.begin() + 500, took.end());
+    EXPECT_LT(took[500], *QD_SANITIZED != '\0' ? 100 : 10) << "microseconds";
+}
