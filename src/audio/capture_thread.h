@@ -9,7 +9,7 @@ class QD_AudioApp;
 class QD_AudioCapThread : public SprocThread {
 public:
     /// The application outlives the thread's run.
-    explicit QD_AudioCapThread(QD_AudioApp* app) : app_(app) {}
+    explicit QD_AudioCapThread(QD_AudioApp* app) : SprocThread("audio capture"), app_(app) {}
 
     /// Sleeps, less if the thread is stopped or woken. For send_audio().
     void rest(int milliseconds) { pause(milliseconds); }

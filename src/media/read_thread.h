@@ -15,7 +15,7 @@ public:
     static constexpr int WAIT_MS = 10;
 
     /// The application outlives the thread's run.
-    explicit QD_AppReadThread(QD_Application* app) : app_(app) {}
+    explicit QD_AppReadThread(QD_Application* app) : SprocThread("receive"), app_(app) {}
 
 protected:
     /// Returns 0 when stopped, -1 when receiving failed.

@@ -9,7 +9,7 @@ class QD_VideoApp;
 class QD_VideoCapThread : public SprocThread {
 public:
     /// The application outlives the thread's run.
-    explicit QD_VideoCapThread(QD_VideoApp* app) : app_(app) {}
+    explicit QD_VideoCapThread(QD_VideoApp* app) : SprocThread("video capture"), app_(app) {}
 
     /// Sleeps, less if the thread is stopped or woken. For send_video().
     void rest(int milliseconds) { pause(milliseconds); }

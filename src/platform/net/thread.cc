@@ -7,7 +7,7 @@ struct SprocThread::Ending {
     QD_Wake done;
 };
 
-SprocThread::SprocThread() = default;
+SprocThread::SprocThread(const char* name) : name_(name) {}
 
 SprocThread::~SprocThread()
 {
@@ -39,6 +39,7 @@ void* SprocThread::run_callback(void* self)
     auto* thread = static_cast<SprocThread*>(self);
     std::shared_ptr<Ending> ending = thread->ending_;
     thread->pid_ = gettid();
+    pthread_setname_np(pthread_self(), thread->name_);
     thread->run();
     ending->done.raise();
     return nullptr;

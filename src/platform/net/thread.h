@@ -29,7 +29,8 @@ public:
     /// How long kill() waits for run() to return.
     static constexpr int KILL_MS = 2000;
 
-    SprocThread();
+    /// `name`, at most 15 characters, is what the system calls the thread.
+    explicit SprocThread(const char* name = "sproc");
     ~SprocThread() override;
     SprocThread(const SprocThread&) = delete;
     SprocThread& operator=(const SprocThread&) = delete;
@@ -64,6 +65,7 @@ private:
     struct Ending; // outlives this object where the thread had to be abandoned
     static void* run_callback(void* self);
 
+    const char* const name_;
     std::atomic<pid_t> pid_ = 0;
     QD_Wake wake_;
     std::shared_ptr<Ending> ending_;
