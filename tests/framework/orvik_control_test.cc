@@ -32,7 +32,9 @@ protected:
 
 TEST_F(OrvikControlTest, TheFrameworkAddsAndRemovesMembersAndEndsTheSession)
 {
-    say(std::string("=\x7f\0\0\x05\0\0\0\x0b\x1a", 10) + "a name longer than its field");
+    say(std::string("=\x7f\0\0\x05\0\0\0\x0b\x1a"
+                    "a name longer than its field",
+        38));
     say(std::string("<\0\x7f\0\0\x06\0\0\0\x0c\0", 11));
     EXPECT_EQ(control_->handle_events(), 0);
     EXPECT_EQ(control_->handle_events(), 0);
