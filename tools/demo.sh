@@ -1,5 +1,6 @@
 #!/bin/sh
-# A conference on this machine: people who speak, each with two windows.
+# A conference on this machine: people who speak, each with two windows and
+# everybody's picture.
 # With a display: live, until you leave. Without one: on a private one for
 # DEMO_SECONDS, and BUILD_DIR/demo then holds screenshot.png and heard/*.wav.
 #
@@ -78,7 +79,7 @@ if [ -z "${DEMO_HEADLESS:-}" ] && [ -n "${DISPLAY:-}" ] && timeout 5 xdpyinfo >/
     exit $?
 fi
 
-screen=1280x$((members * 380))
+screen=$((860 + members * 190))x$((members * 380))
 start_display || exit 1
 "$build/quendal-conference" demo --dir "$demo" --members "$members" --seconds "$seconds" \
     --screen "$screen" --before-end "import -window root '$demo/screenshot.png'"

@@ -61,7 +61,8 @@ MainWindowMainWindow* window(XtPointer self) { return static_cast<MainWindowMain
 }
 
 MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int argc, int wake_fd) :
-    VkWindow(name, DEFAULTS)
+    VkWindow(name, DEFAULTS),
+    displays_(baseWidget())
 {
     form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
     XtVaSetValues(form_->baseWidget(), XtNwidth, FORM_WIDTH, XtNheight, FORM_HEIGHT, nullptr);
@@ -71,6 +72,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     VkConfigureWM(baseWidget(), 1, 0, 1, 1, 0, 1, 1);
 
     session_ = QD_Session_Control::instance();
+    session_->set_display_factory(&displays_);
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
     session_->setGUI(this, form_.get());
     reactor_.add_wake(theApplication->connectionNumber());
@@ -139,6 +141,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 {
     const int result = framework_->handle_events(wait_ms);
     reactor_.dispatch();
+    form_->applyStartState(session_->get_member(session_->get_local_id()) != nullptr);
     draw_levels();
     return result;
 }

@@ -6,6 +6,7 @@
 #include "platform/net/reactor.h"
 #include "platform/vk/window.h"
 #include "signalling/session_control.h"
+#include "ui/display_factory.h"
 #include "ui/main_form.h"
 #include "video/video_app.h"
 
@@ -62,6 +63,7 @@ private:
 
     Reactor reactor_;
     std::unique_ptr<MainForm> form_;
+    QD_Display_Windows displays_; // outlives the members
     QD_Session_Control* session_;
     std::unique_ptr<QD_Orvik_Control> framework_;
     std::unique_ptr<QD_AudioApp> audio_;

@@ -19,10 +19,12 @@ constexpr const char* names[]
     = {"anna", "bernt", "chiara", "dmitri", "elena", "franz", "greta", "henri"};
 
 // What a member's windows take on the screen, with their frames: the main
-// window, the statistics beside it, and room for a picture of the others.
+// window, the statistics beside it, then a picture of everybody.
 constexpr int STATISTICS_X = 260;
-constexpr int TILE_WIDTH = 880;
+constexpr int VIDEO_X = 860;
+constexpr int VIDEO_WIDTH = 190;
 constexpr int TILE_HEIGHT = 380;
+constexpr int CASCADE = 40; // what a screenful of tiles is shifted by over the one below
 
 constexpr double FAITHFUL = 0.98;
 
@@ -56,15 +58,24 @@ std::string speaker_of(const std::string& directory, const std::string& name)
 
 std::string place(int x, int y) { return "+" + std::to_string(x) + "+" + std::to_string(y); }
 
-/// One tile below the other, then the next column.
+/// One tile below the other, then the next column; what the screen has no more
+/// room for comes on top of the others.
 void place_windows(const QD_Command_Line& line, int index, QD_Member_Plan& plan)
 {
+    const int tile_width = VIDEO_X + line.count_ * VIDEO_WIDTH;
     const int rows = std::max(1, line.screen_height_ / TILE_HEIGHT);
-    const int columns = std::max(1, line.screen_width_ / TILE_WIDTH);
-    const int x = index / rows % columns * TILE_WIDTH;
-    const int y = index % rows * TILE_HEIGHT;
-    plan.options_ = {"-geometry", place(x, y), "-xrm", "*showStatistics: True", "-xrm",
-        "*statWindow.geometry: " + place(x + STATISTICS_X, y)};
+    const int columns = std::max(1, line.screen_width_ / tile_width);
+    const int shift = index / (rows * columns) * CASCADE;
+    const int x = index / rows % columns * tile_width + shift;
+    const int y = index % rows * TILE_HEIGHT + shift;
+    plan.options_ = {"-geometry", place(x, y)};
+    for (const std::string& resource :
+        {std::string("showStatistics: True"), "statWindow.geometry: " + place(x + STATISTICS_X, y),
+            std::string("toggle.set: True"), "videoX: " + std::to_string(x + VIDEO_X),
+            "videoY: " + std::to_string(y), "videoStepX: " + std::to_string(VIDEO_WIDTH)}) {
+        plan.options_.emplace_back("-xrm");
+        plan.options_.push_back("*" + resource);
+    }
 }
 
 struct Heard {

@@ -42,6 +42,7 @@ MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
     QD_Session_Control::destroy();
     if (show_statistics(_mainForm))
         _statistics->show();
+    start_camera_ = XmToggleButtonGetState(_toggle);
 }
 
 MainForm::~MainForm() { delete _statistics; }
@@ -66,6 +67,12 @@ void MainForm::setMicLevel(int level)
 {
     mic_value_ = meter_value(level);
     mic_known_ = true;
+}
+
+void MainForm::applyStartState(bool local_known)
+{
+    if (start_camera_ && local_known)
+        camera(nullptr, nullptr);
 }
 
 void MainForm::updateLevels()
@@ -95,6 +102,7 @@ void MainForm::call(Widget, XtPointer) {}
 
 void MainForm::camera(Widget, XtPointer)
 {
+    start_camera_ = false; // from here on it is the user's
     if (!_parent)
         return;
     if (XmToggleButtonGetState(_toggle))

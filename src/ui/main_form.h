@@ -33,6 +33,10 @@ public:
     void setMicLevel(int level) override;
     StatWindowMainWindow* getStatWnd() override { return _statistics; }
 
+    /// To be called again and again: once the local member is known, a Camera
+    /// toggle that is set by its resource ("*toggle.set") starts the video.
+    void applyStartState(bool local_known);
+
     /// Draws the levels stored last; a meter without one stays dark.
     void updateLevels();
 
@@ -61,6 +65,7 @@ private:
     ::_options* _options = nullptr; // the session controller's
     StatWindowMainWindow* _statistics = nullptr;
     QD_Media_Control* _parent = nullptr;
+    bool start_camera_; // the toggle is set, and nothing has come of it yet
 
     // Meter values, 110 (silence) to 0; nothing to draw until one was stored.
     std::atomic<int32_t> speaker_value_ = 0;

@@ -60,8 +60,8 @@ protected:
 TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
 {
     line_.count_ = 8;
-    line_.screen_width_ = 1920;
-    line_.screen_height_ = 1600; // four rows
+    line_.screen_width_ = 4800;
+    line_.screen_height_ = 800; // two rows, two columns: four find no room
     ASSERT_EQ(qd_write_wav(
                   [this] {
                       std::filesystem::create_directories(directory_ + "/voices");
@@ -78,8 +78,12 @@ TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
         members_[1].environment_, Contains("QD_SPEAKER=file:" + directory_ + "/bernt/speaker"));
     EXPECT_THAT(members_[1].environment_, Contains("QD_CAMERA=testcard"));
     EXPECT_THAT(members_[1].options_, Contains("+0+380"));
-    EXPECT_THAT(members_[5].options_, Contains("+880+380"));
-    EXPECT_THAT(members_[5].options_, Contains("*statWindow.geometry: +1140+380"));
+    EXPECT_THAT(members_[3].options_, Contains("+2380+380"));
+    EXPECT_THAT(members_[3].options_, Contains("*statWindow.geometry: +2640+380"));
+    EXPECT_THAT(members_[3].options_, Contains("*videoX: 3240"));
+    EXPECT_THAT(members_[3].options_, Contains("*videoY: 380"));
+    EXPECT_THAT(members_[7].options_, Contains("+2420+420"));
+    EXPECT_THAT(members_[7].options_, Contains("*toggle.set: True"));
 }
 
 TEST_F(Demo, LiveRecordsNothingAndLeavesTheFirstLoudspeakerToTheUser)

@@ -4,14 +4,16 @@
 #include "platform/vk/app.h"
 #include "tests/support/x_server.h"
 
+#include <X11/Xutil.h>
 #include <Xm/Xm.h>
 #include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-/// Server and application, made at the first use. The options file of the
-/// session, if one is written, lands in a directory of its own.
+/// Server and application, made at the first use. The screen is QD_TEST_SCREEN
+/// ("640x480x16") if that is set. The options file of the session, if one is
+/// written, lands in a directory of its own.
 class QD_Test_App {
 public:
     static QD_Test_App& get(std::vector<std::string> words = {})
@@ -42,7 +44,13 @@ private:
     }
     ~QD_Test_App() { std::filesystem::remove_all(home_); }
 
-    QD_X_Server server_;
+    static const char* screen()
+    {
+        const char* asked = ::getenv("QD_TEST_SCREEN");
+        return asked ? asked : "1024x768x24";
+    }
+
+    QD_X_Server server_ {screen()};
     std::string home_;
     std::vector<std::string> left_;
 };
@@ -133,6 +141,26 @@ inline void qd_close_window(Widget shell)
     event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
     XSendEvent(display, XtWindow(shell), False, NoEventMask, &event);
     qd_pump();
+}
+
+/// The colour of one pixel of a window on the screen, 8 bits each, whatever the screen's depth.
+struct QD_Colour {
+    int red;
+    int green;
+    int blue;
+};
+
+inline QD_Colour qd_colour_at(Widget widget, int x, int y)
+{
+    Display* display = XtDisplay(widget);
+    XImage* image = XGetImage(display, XtWindow(widget), x, y, 1, 1, AllPlanes, ZPixmap);
+    if (!image)
+        return {-1, -1, -1};
+    XColor colour {};
+    colour.pixel = XGetPixel(image, 0, 0);
+    XDestroyImage(image);
+    XQueryColor(display, DefaultColormap(display, DefaultScreen(display)), &colour);
+    return {colour.red >> 8, colour.green >> 8, colour.blue >> 8};
 }
 
 /// The widget of that name somewhere below `top`; null if there is none.

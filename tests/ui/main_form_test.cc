@@ -136,6 +136,25 @@ TEST(MainForm, CameraStartsAndStopsVideo)
     EXPECT_EQ(window.media_.take(), Calls {"stopVideo"});
 }
 
+TEST(MainForm, ACameraSetByItsResourceStartsOnceTheLocalMemberIsKnown)
+{
+    Form_Window window("lit");
+    window.form_.applyStartState(false);
+    EXPECT_EQ(window.media_.take(), Calls {});
+    window.form_.applyStartState(true);
+    window.form_.applyStartState(true);
+    EXPECT_EQ(window.media_.take(), Calls {"playVideo"}) << "once";
+
+    Form_Window changed("lit"); // the user is faster
+    qd_click(changed.widget("toggle"));
+    changed.form_.applyStartState(true);
+    EXPECT_EQ(changed.media_.take(), Calls {"stopVideo"});
+
+    Form_Window dark;
+    dark.form_.applyStartState(true);
+    EXPECT_EQ(dark.media_.take(), Calls {});
+}
+
 TEST(MainForm, TalkCountsInManualModeOnly)
 {
     Form_Window window;

@@ -15,7 +15,9 @@ inline QD_Test_App& ui_app()
     return QD_Test_App::get({"-xrm", "*statWindow.geometry: +300+7", "-xrm",
         "*statCloseButton.labelString: Schlie\xc3\x9f"
         "en",
-        "-xrm", "*shown.showStatistics: True"});
+        "-xrm", "*shown.showStatistics: True", "-xrm", "*lit*toggle.set: True", "-xrm",
+        "*placed.videoX: 620", "-xrm", "*placed.videoY: 30", "-xrm", "*placed.videoStepX: 200",
+        "-xrm", "*placed.videoStepY: 300"});
 }
 
 /// Writes down what the forms ask of the media.

@@ -1,0 +1,34 @@
+#include "ui/display_window.h"
+
+#include "platform/vk/text.h"
+#include "platform/vk/wm_hints.h"
+
+#include <X11/StringDefs.h>
+
+namespace {
+
+constexpr VkResource DEFAULTS[] = {{".title", "Video Display"}};
+constexpr const char* NAMELESS = "displayWindow";
+
+}
+
+DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args, Cardinal count) :
+    VkSimpleWindow(*name ? name : NAMELESS, DEFAULTS, args, count)
+{
+    _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
+    XtVaSetValues(
+        _dpy_form->baseWidget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
+    addView(_dpy_form);
+    if (*name)
+        setTitle(VkPrintable(name).c_str());
+    setStatus(name);
+    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
+}
+
+DisplayWindowMainWindow::~DisplayWindowMainWindow() { delete _dpy_form; }
+
+void DisplayWindowMainWindow::handleWmDeleteMessage()
+{
+    if (okToQuit())
+        iconify();
+}
