@@ -31,19 +31,19 @@ public:
     /// Starts it, or starts it again, and waits until it answers. Returns whether it does.
     bool start()
     {
-        const std::string format = " format=s16le rate=8000 channels=1 norewinds=1";
         crash();
-        server_.emplace_back(
-            std::vector<std::string> {"env", "HOME=" + dir_.path(), "pulseaudio", "-n",
-                "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--realtime=no",
-                "--high-priority=no", "-L",
-                "module-native-protocol-unix auth-anonymous=1 socket=" + (dir_ / "native"), "-L",
-                std::string("module-null-sink sink_name=") + SPEAKER + format, "-L",
-                std::string("module-null-sink sink_name=") + MIC_FEED + format, "-L",
-                std::string("module-remap-source source_name=") + MIC + " master=" + MIC_FEED
-                    + ".monitor",
-                "--log-target=stderr"},
-            to_file("log"));
+        std::vector<std::string> command {"env", "HOME=" + dir_.path(), "pulseaudio", "-n",
+            "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--realtime=no",
+            "--high-priority=no", "--log-target=stderr"};
+        for (const std::string& module :
+            {join({"module-native-protocol-unix auth-anonymous=1 socket=", dir_ / "native"}),
+                null_sink(SPEAKER), null_sink(MIC_FEED),
+                join(
+                    {"module-remap-source source_name=", MIC, " master=", MIC_FEED, ".monitor"})}) {
+            command.emplace_back("-L");
+            command.push_back(module);
+        }
+        server_.emplace_back(command, to_file("log"));
         return qd_wait_for([&] {
             return run({"pactl", "info"}) == 0;
         }) && run({"pactl", "set-default-source", MIC}) == 0
@@ -66,6 +66,20 @@ public:
     const QD_Temp_Dir& directory() const { return dir_; }
 
 private:
+    static std::string join(const std::vector<std::string>& parts)
+    {
+        std::string all;
+        for (const std::string& part : parts)
+            all += part;
+        return all;
+    }
+
+    static std::string null_sink(const char* name)
+    {
+        return join({"module-null-sink sink_name=", name,
+            " format=s16le rate=8000 channels=1 norewinds=1"});
+    }
+
     QD_Process::Set_Up to_file(const std::string& name) const
     {
         QD_Process::Set_Up set_up;
