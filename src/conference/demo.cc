@@ -251,7 +251,8 @@ int qd_prepare_demo(const QD_Command_Line& line, const std::string& directory,
         else if (i > 0) // the first member's loudspeaker is the user's
             plan.environment_.push_back("QD_SPEAKER=null");
         if (getenv("QD_CAMERA") == nullptr) // a real one serves one client only
-            plan.environment_.push_back("QD_CAMERA=testcard");
+            plan.environment_.push_back(
+                "QD_CAMERA=testcard:" + std::to_string(i * 360 / line.count_));
         members.push_back(std::move(plan));
     }
     return 0;

@@ -53,14 +53,16 @@ void QD_Al_Port::drop_stale()
 
 void QD_Al_Port::read(std::span<int16_t> out)
 {
+    size_t capacity = 0;
     {
         QD_Lock hold(mutex_);
+        capacity = queue_.capacity();
         if (overrun_)
             queue_.keep_newest(0);
         overrun_ = false;
     }
     while (!out.empty()) {
-        const size_t piece = std::min({out.size(), FRAME, queue_.capacity()});
+        const size_t piece = std::min({out.size(), FRAME, capacity});
         read_piece(out.first(piece));
         out = out.subspan(piece);
     }
