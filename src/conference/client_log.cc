@@ -24,9 +24,9 @@ void read_line(const std::string& line, const Medium& medium, QD_Medium_Figures&
     QD_Medium_Figures::Reception from;
     uint32_t id = 0;
     if (line.starts_with(medium.received_) && id_at != std::string::npos
-        && sscanf(&line[id_at], ", id=%u: received %d, lost %d, late %d", &id, &from.received_,
-               &from.lost_, &from.late_)
-            == 4)
+        && sscanf(&line[id_at], ", id=%u: received %d, lost %d, late %d, shown %d", &id,
+               &from.received_, &from.lost_, &from.late_, &from.shown_)
+            >= 4)
         figures.from_[id] = from;
 }
 

@@ -14,6 +14,7 @@ struct QD_Medium_Figures {
         int received_ = 0;
         int lost_ = 0;
         int late_ = 0;
+        int shown_ = -1; // pictures drawn; -1: not said, as for sound
     };
     int sent_ = -1; // -1: the client did not say
     std::map<uint32_t, Reception> from_;

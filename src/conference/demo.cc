@@ -120,6 +120,13 @@ std::string reception(const QD_Medium_Figures& figures, uint32_t id)
         "%8d %5d %5d", found->second.received_, found->second.lost_, found->second.late_);
 }
 
+std::string shown(const QD_Medium_Figures& figures, uint32_t id)
+{
+    const auto found = figures.from_.find(id);
+    return formatted(
+        " %6s", count(found == figures.from_.end() ? -1 : found->second.shown_).c_str());
+}
+
 class Report {
 public:
     Report(const std::string& directory, const std::vector<QD_Member_Plan>& members, bool recorded,
@@ -202,14 +209,15 @@ private:
         if (!any)
             return;
         out_ << "\npictures\n"
-             << formatted("%-10s %6s  %-10s %8s %5s %5s\n", "member", "sent", "from", "received",
-                    "lost", "late");
+             << formatted("%-10s %6s  %-10s %8s %5s %5s %6s\n", "member", "sent", "from",
+                    "received", "lost", "late", "shown");
         for (size_t to = 0; to < members_.size(); ++to) {
             bool first = true;
             for (size_t from = 0; from < members_.size(); ++from) {
                 if (from == to)
                     continue;
-                out_ << line(to, from, figures_[to].video_, first) << "\n";
+                out_ << line(to, from, figures_[to].video_, first)
+                     << shown(figures_[to].video_, static_cast<uint32_t>(from + 1)) << "\n";
                 first = false;
             }
         }

@@ -172,6 +172,7 @@ void QD_Member::display(const char* picture)
         return;
     }
     dpy_win->draw(reinterpret_cast<const unsigned char*>(picture));
+    ++shown_;
     static int drawn = 0; // by all members together
     if (drawn == 0)
         show_statistics();

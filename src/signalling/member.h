@@ -85,6 +85,9 @@ public:
     int open_display();
     void close_display();
 
+    /// Pictures drawn so far.
+    int get_shown() const { return shown_; }
+
     /// Draws a picture. The first one after opening only prepares the window;
     /// without a window it opens one.
     void display(const char* picture);
@@ -105,10 +108,11 @@ private:
     std::unique_ptr<UserData> video_data_;
     SOCK_Stream* stream_ = nullptr;
 
-    bool open_dpy_ = false;         // a request to open the window waits
-    bool init_dpy_ = false;         // the window is open and not prepared for drawing
-    bool close_dpy_ = false;        // a request to close it waits
-    bool display_ = false;          // a picture waits in frame_
+    bool open_dpy_ = false;  // a request to open the window waits
+    bool init_dpy_ = false;  // the window is open and not prepared for drawing
+    bool close_dpy_ = false; // a request to close it waits
+    bool display_ = false;   // a picture waits in frame_
+    int shown_ = 0;
     std::unique_ptr<char[]> frame_; // had at the first picture, then kept
     QD_Semaphore sem_ {1};          // guards the requests and frame_
 

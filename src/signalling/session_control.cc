@@ -256,12 +256,17 @@ void QD_Session_Control::print_statistics()
         char text[QD_Member::STRING_SIZE];
         member.get_string(text);
         const auto print = [&, id = id](const char* medium, const UserData* figures) {
-            if (figures != nullptr)
-                printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d\n", medium,
-                    text, id, figures->frames_received, figures->frames_lost, figures->frames_late);
+            printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d", medium, text,
+                id, figures->frames_received, figures->frames_lost, figures->frames_late);
         };
-        print("audio", member.get_audio_data());
-        print("video", member.get_video_data());
+        if (const UserData* audio = member.get_audio_data()) {
+            print("audio", audio);
+            printf("\n");
+        }
+        if (const UserData* video = member.get_video_data()) {
+            print("video", video);
+            printf(", shown %d\n", member.get_shown());
+        }
     }
     fflush(stdout);
 }

@@ -76,7 +76,7 @@ TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
     EXPECT_EQ(voice, QD_Voice(100, 7)); // a voice that is there stays
     EXPECT_THAT(
         members_[1].environment_, Contains("QD_SPEAKER=file:" + directory_ + "/bernt/speaker"));
-    EXPECT_THAT(members_[1].environment_, Contains("QD_CAMERA=testcard"));
+    EXPECT_THAT(members_[1].environment_, Contains("QD_CAMERA=testcard:45"));
     EXPECT_THAT(members_[1].options_, Contains("+0+380"));
     EXPECT_THAT(members_[3].options_, Contains("+2380+380"));
     EXPECT_THAT(members_[3].options_, Contains("*statWindow.geometry: +2640+380"));
@@ -104,7 +104,7 @@ TEST_F(Demo, TheTableTellsWhatEachSentAndHeard)
         "QD_AudioApp: sent 21 packets\n"
         "QD_Session_Control: audio bernt@127.0.0.3, id=2: received 19, lost 1, late 3\n"
         "QD_VideoApp: sent 75 packets\n"
-        "QD_Session_Control: video bernt@127.0.0.3, id=2: received 70, lost 4, late 0\n");
+        "QD_Session_Control: video bernt@127.0.0.3, id=2: received 70, lost 4, late 0, shown 69\n");
     record("anna", "bernt", 5000, 1);
     record("bernt", "anna", 31999, 0);
     EXPECT_EQ(report(), 0);
@@ -115,9 +115,9 @@ anna           21  bernt            19     1     3   2.0 s    1.0000
 bernt           -  anna              -     -     -   2.0 s    1.0000
 
 pictures
-member       sent  from       received  lost  late
-anna           75  bernt            70     4     0
-bernt           -  anna              -     -     -
+member       sent  from       received  lost  late  shown
+anna           75  bernt            70     4     0     69
+bernt           -  anna              -     -     -      -
 )");
     EXPECT_TRUE(std::filesystem::exists(directory_ + "/heard/anna-hears-bernt.wav"));
 }
