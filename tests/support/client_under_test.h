@@ -94,6 +94,9 @@ public:
             std::chrono::seconds(20));
     }
 
+    /// The window's number, as the tools take it.
+    const std::string& window() const { return window_; }
+
     /// Clicks at a place of the window.
     int click(int x, int y) const
     {
