@@ -73,6 +73,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv)
     base_ = XtVaAppCreateShell(name, class_name, applicationShellWidgetClass, display_,
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());
+    VkAddFonts(base_);
 }
 
 void VkApp::run()

@@ -1,18 +1,18 @@
 #include "platform/vk/looks.h"
 
+#include <X11/Xresource.h>
+#include <Xm/Xm.h>
+#include <array>
+#include <cstring>
+
 namespace {
 
 constexpr VkResource LOOKS[] = {
     // Fonts. A size is in pixels, since VkApp sets the font library's resolution to 72 dpi.
-    {"*renderTable", "rt"},
-    {"*buttonRenderTable", "rt"},
-    {"*labelRenderTable", "rt"},
-    {"*textRenderTable", "rt"},
     {"*rt*fontType", "FONT_IS_XFT"},
     {"*rt*fontName", "Open Sans"},
     {"*rt*fontSize", "12"},
     {"*rt*fontStyle", "Regular"},
-    {"*XmFrame.XmLabel.renderTable", "bold"},
     {"*bold*fontType", "FONT_IS_XFT"},
     {"*bold*fontName", "Open Sans"},
     {"*bold*fontSize", "12"},
@@ -66,6 +66,39 @@ constexpr VkResource LOOKS[] = {
     {"*XmToggleButton.spacing", "5"},
 };
 
+/// Which fonts go where, and of which type the toolkit has them.
+const struct {
+    const char* resource;
+    const char* type;
+    const char* table;
+} FONTS[] = {
+    {"*renderTable", XmRRenderTable, "rt"},
+    {"*buttonRenderTable", XmRButtonRenderTable, "rt"},
+    {"*labelRenderTable", XmRLabelRenderTable, "rt"},
+    {"*textRenderTable", XmRTextRenderTable, "rt"},
+    {"*XmFrame.XmLabel.renderTable", XmRRenderTable, "bold"},
+};
+
+}
+
+void VkAddFonts(Widget any)
+{
+    XrmDatabase added = nullptr;
+    for (const auto& font : FONTS) {
+        XmRenderTable table = nullptr;
+        XrmValue name {
+            static_cast<unsigned>(std::strlen(font.table) + 1), const_cast<XPointer>(font.table)};
+        XrmValue value {sizeof table, reinterpret_cast<XPointer>(&table)};
+        if (!XtConvertAndStore(any, XmRString, &name, font.type, &value))
+            continue;
+        std::array<XrmBinding, 8> bindings {};
+        std::array<XrmQuark, 8> quarks {};
+        XrmStringToBindingQuarkList(font.resource, bindings.data(), quarks.data());
+        XrmQPutResource(
+            &added, bindings.data(), quarks.data(), XrmPermStringToQuark(font.type), &value);
+    }
+    XrmDatabase database = XtScreenDatabase(XtScreenOfObject(any));
+    XrmCombineDatabase(added, &database, False);
 }
 
 VkResources VkLooks() { return LOOKS; }
