@@ -1,6 +1,7 @@
 #include "app/main_window.h"
 
 #include "app/control_loop.h"
+#include "platform/net/left_behind.h"
 #include "platform/vk/app.h"
 #include "platform/vk/notice.h"
 #include "platform/vk/wm_hints.h"
@@ -124,7 +125,7 @@ MainWindowMainWindow::~MainWindowMainWindow()
 bool MainWindowMainWindow::okToQuit()
 {
     close_media();
-    [[maybe_unused]] auto* left_open = framework_.release();
+    qd_leave_behind(std::move(framework_));
     QD_Session_Control::destroy();
     exit(EXIT_SUCCESS);
 }

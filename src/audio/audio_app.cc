@@ -2,6 +2,7 @@
 
 #include "platform/al/al.h"
 #include "platform/net/bytes.h"
+#include "platform/net/left_behind.h"
 
 #include <cstdio>
 
@@ -50,8 +51,8 @@ QD_AudioApp::~QD_AudioApp()
     if (ended) {
         mic_port_->close();
     } else { // it still uses these
-        [[maybe_unused]] auto* thread = cap_thread_.release();
-        [[maybe_unused]] auto* port = mic_port_.release();
+        qd_leave_behind(std::move(cap_thread_));
+        qd_leave_behind(std::move(mic_port_));
     }
     for (int slot = 0; slot < QD_Slot_Table::SIZE; ++slot)
         close_port(slot);

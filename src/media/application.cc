@@ -1,5 +1,6 @@
 #include "media/application.h"
 
+#include "platform/net/left_behind.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/udp_socket.h"
 
@@ -39,8 +40,7 @@ void QD_Application::close()
 {
     const bool ended = read_thread_->kill() == 0;
     if (!ended) // it still uses itself, and this object until it notices
-        [[maybe_unused]]
-        auto* left = read_thread_.release();
+        qd_leave_behind(std::move(read_thread_));
     QD_Lock hold(send_mutex_);
     const QD_Fd closed(data_sock_.exchange(-1));
 }

@@ -1,6 +1,7 @@
 #include "video/video_app.h"
 
 #include "platform/net/bytes.h"
+#include "platform/net/left_behind.h"
 #include "platform/vl/vl.h"
 
 #include <algorithm>
@@ -52,8 +53,7 @@ QD_VideoApp::~QD_VideoApp()
     if (cap_thread_->kill() == 0)
         qd_vl_shutdown();
     else // it still uses these
-        [[maybe_unused]]
-        auto* left = cap_thread_.release();
+        qd_leave_behind(std::move(cap_thread_));
     printf("QD_VideoApp: sent %d packets\n", get_sent());
     QD_Session_Control::destroy();
 }

@@ -1,5 +1,7 @@
 #include "platform/vl/capture.h"
 
+#include "platform/net/left_behind.h"
+
 #include <algorithm>
 #include <cstring>
 #include <thread>
@@ -137,8 +139,7 @@ QD_Capture::QD_Capture(std::unique_ptr<QD_Camera> camera, QD_Capture_Times times
 QD_Capture::~QD_Capture()
 {
     if (reader_->kill() < 0) // it still uses itself
-        [[maybe_unused]]
-        auto* left = reader_.release();
+        qd_leave_behind(std::move(reader_));
 }
 
 int QD_Capture::start() { return reader_->start(); }

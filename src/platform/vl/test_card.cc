@@ -16,7 +16,7 @@ constexpr int HOUR_MS = 3'600'000;
 constexpr int BARS_HEIGHT = 80;
 constexpr int CLOCK_TOP = 112;
 constexpr int BLOCK = 24; // wanders above the clock
-constexpr int DOT = 4; // the side of a dot of the clock's digits
+constexpr int DOT = 4;    // the side of a dot of the clock's digits
 constexpr auto INTERVAL = std::chrono::milliseconds(33);
 
 struct Colour {
