@@ -1,0 +1,47 @@
+// The demo as people run it: three members, and everybody's picture on everybody's screen.
+#include "platform/vl/test_card.h"
+#include "tests/support/process.h"
+#include "tests/support/screen.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/x_server.h"
+
+#include <gtest/gtest.h>
+
+TEST(Demo, EverybodyIsHeardAndSeenByEverybody)
+{
+    QD_X_Server x_server("1430x1140x24");
+    x_server.manage();
+    const QD_Temp_Dir dir;
+    // A picture of every window that is named after a member: NAME-NUMBER.ppm.
+    const std::string shots = "for name in anna bernt chiara; do for window in $(xdotool search"
+                              " --onlyvisible --name ^$name@); do import -window $window -depth 8 "
+        + dir.path() + "/$name-$window.ppm; done; done";
+    QD_Process::Set_Up set_up;
+    set_up.out = dir.file("table");
+    set_up.errors = "&1";
+    const int status
+        = qd_run({QD_BUILD_DIR "/quendal-conference", "demo", "--seconds", "8", "--dir",
+                     dir.file("demo"), "--screen", "1430x1140", "--before-end", shots},
+            set_up);
+    const std::string table = qd_read_file(dir.file("table"));
+    EXPECT_EQ(status, 0) << table;
+
+    const char* const names[] = {"anna", "bernt", "chiara"};
+    for (int member = 0; member < 3; ++member) {
+        int seen = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(dir.path())) {
+            if (!entry.path().filename().string().starts_with(names[member] + std::string("-")))
+                continue;
+            const QD_Shot shot(entry.path());
+            ASSERT_TRUE(shot.good());
+            EXPECT_TRUE(qd_shows_card(shot, 120 * member)) << entry.path();
+            ++seen;
+        }
+        EXPECT_EQ(seen, 3) << names[member] << "\n" << table;
+        for (const char* other : names) {
+            const std::string heard = std::string(names[member]) + "-hears-" + other + ".wav";
+            EXPECT_EQ(
+                std::filesystem::exists(dir.file("demo/heard/" + heard)), other != names[member]);
+        }
+    }
+}
