@@ -40,9 +40,9 @@ TEST(SprocThread, KillEndsASleepAtOnceAndItCanStartAgain)
     Sleeper sleeper;
     EXPECT_EQ(sleeper.kill(), 0) << "nothing runs yet";
     for (int round = 0; round < 20; ++round) {
+        const int before = sleeper.passes;
         ASSERT_EQ(sleeper.start(), 0);
         EXPECT_EQ(sleeper.start(), -1);
-        const int before = sleeper.passes;
         ASSERT_TRUE(qd_wait_for([&] { return sleeper.passes > before; }));
         const auto asked = steady_clock::now();
         EXPECT_EQ(sleeper.kill(), 0);
