@@ -211,30 +211,24 @@ bool QD_Session_Control::is_selected(QD_Member* m) const
 
 void QD_Session_Control::update_audio_stat(QD_Member* m)
 {
-    static int calls = 0; // for all members together
-    if (!is_selected(m))
+    static unsigned calls = 0; // for all members together
+    if (!is_selected(m) || calls++ % 5 != 0)
         return;
-    if (calls == 0) {
-        lock();
-        const auto figures = copy_of(m->get_audio_data());
-        unlock();
-        stat_view()->setAudioData(pointer_to(figures));
-    }
-    calls = (calls + 1) % 5;
+    lock();
+    const auto figures = copy_of(m->get_audio_data());
+    unlock();
+    stat_view()->setAudioData(pointer_to(figures));
 }
 
 void QD_Session_Control::update_video_stat(QD_Member* m)
 {
-    static int calls = 0; // for all members together
-    if (!is_selected(m))
+    static unsigned calls = 0; // for all members together
+    if (!is_selected(m) || calls++ % 3 != 0)
         return;
-    if (calls == 0) {
-        lock();
-        const auto figures = copy_of(m->get_video_data());
-        unlock();
-        stat_view()->setVideoData(pointer_to(figures));
-    }
-    calls = (calls + 1) % 3;
+    lock();
+    const auto figures = copy_of(m->get_video_data());
+    unlock();
+    stat_view()->setVideoData(pointer_to(figures));
 }
 
 void QD_Session_Control::print_status()
