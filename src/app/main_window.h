@@ -5,6 +5,7 @@
 #include "framework/orvik_control.h"
 #include "platform/net/reactor.h"
 #include "platform/vk/window.h"
+#include "signalling/listener.h"
 #include "signalling/session_control.h"
 #include "ui/display_factory.h"
 #include "ui/main_form.h"
@@ -62,6 +63,7 @@ private:
     void reset();
 
     Reactor reactor_;
+    QD_Listener listener_ {&reactor_};
     std::unique_ptr<MainForm> form_;
     QD_Display_Windows displays_; // outlives the members
     QD_Session_Control* session_;
