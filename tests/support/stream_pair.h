@@ -27,6 +27,15 @@ inline std::string qd_queued(const SOCK_Stream& stream)
     return {stream.queued().begin(), stream.queued().end()};
 }
 
+/// What has come to a descriptor by now, up to `limit` bytes.
+inline std::string qd_hear(int fd, size_t limit = 1 << 20)
+{
+    std::string got(limit, 0);
+    const ssize_t n = ::recv(fd, got.data(), limit, MSG_DONTWAIT);
+    got.resize(n > 0 ? static_cast<size_t>(n) : 0);
+    return got;
+}
+
 struct QD_Stream_Pair {
     QD_Stream_Pair()
     {
@@ -41,16 +50,7 @@ struct QD_Stream_Pair {
         ::send(peer.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     }
 
-    /// What has been sent to the peer by now, up to `limit` bytes.
-    std::string hear(size_t limit = 1 << 20) const { return qd_hear(peer.get(), limit); }
-
-    static std::string qd_hear(int fd, size_t limit)
-    {
-        std::string got(limit, '\0');
-        const ssize_t n = ::recv(fd, got.data(), limit, MSG_DONTWAIT);
-        got.resize(n > 0 ? static_cast<size_t>(n) : 0);
-        return got;
-    }
+    std::string hear() const { return qd_hear(peer.get()); }
 
     SOCK_Stream stream;
     QD_Fd peer;
