@@ -63,6 +63,10 @@ TEST_F(MainWindowDeathTest, EveryWayOutLeavesNothingBehind)
         XtCallCallbacks(program.find("exitButton"), XmNactivateCallback, nullptr);
     };
     EXPECT_EXIT(leave(false, menu), well, gone);
+    const auto key = [](QD_Program& program) {
+        XtCallActionProc(program.find("usersList"), "quit", nullptr, nullptr, 0);
+    };
+    EXPECT_EXIT(leave(false, key), well, gone);
     // The window manager's way alone keeps the framework link to the last.
     const auto window_manager = [](QD_Program&) { qd_close_window(mainWindow->baseWidget()); };
     EXPECT_EXIT(leave(true, window_manager), well, gone);
@@ -76,6 +80,66 @@ TEST_F(MainWindowDeathTest, EveryWayOutLeavesNothingBehind)
         run_loop(program);
     };
     EXPECT_EXIT(leave(false, terminated), well, gone);
+}
+
+// What a key of the user's own calls.
+TEST(MainWindow, EveryOperationIsAnActionOfTheToolkit)
+{
+    QD_Program program;
+    auto* form = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm());
+    const auto act = [&](const char* action) {
+        XtCallActionProc(program.find("usersList"), action, nullptr, nullptr, 0);
+    };
+    testing::internal::CaptureStderr();
+    for (const char* action : {"conf", "overview", "users", "chat"})
+        act(action);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+        "MainForm::conf: not implemented\nMainForm::overview: not implemented\n"
+        "MainForm::users: not implemented\n");
+    act("statistics");
+    EXPECT_TRUE(form->getStatWnd()->shown());
+    program.framework.announce(1, 1, "me");
+    program.handle_all();
+    act("reset");
+    EXPECT_EQ(QD_Session_Ref()->get_member_list()->size(), 0u);
+    delete mainWindow;
+    mainWindow = nullptr;
+}
+
+TEST(MainWindow, NamesOfAnyKindComeAndGoWhetherTheirListIsSeenOrNot)
+{
+    QD_Program program;
+    auto* window = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm())->getStatWnd();
+    const auto lines = [&] {
+        int count = 0;
+        XtVaGetValues(
+            qd_find(window->baseWidget(), "statUsersList"), XmNitemCount, &count, nullptr);
+        return count;
+    };
+    const std::string names[] = {"me", "two  words ", "a.b*c", "J\xc3\xb6rg", "\xff\xfe",
+        "\xff\xfd", "", "tab\tand\nline", "%s%n", "twenty-three letters ab\xc3\xb6"};
+    const int count = std::size(names);
+    for (bool seen : {false, true}) {
+        if (seen)
+            window->show();
+        for (int id = 1; id <= count; ++id) {
+            program.framework.announce(id, id, names[id - 1]);
+            // Its picture's window, too, must bear the name.
+            program.handle_all();
+            QD_Member* member = QD_Session_Ref()->get_member(id);
+            ASSERT_NE(member, nullptr) << names[id - 1];
+            EXPECT_EQ(member->open_display(), 0);
+        }
+        qd_pump();
+        EXPECT_EQ(lines(), count);
+        for (int id = count; id >= 1; --id)
+            program.framework.remove(id, id);
+        program.handle_all();
+        qd_pump();
+        EXPECT_EQ(lines(), 0) << seen;
+    }
+    delete mainWindow;
+    mainWindow = nullptr;
 }
 
 TEST(MainWindow, ListsMembersSettlesTheCutOffAndForgetsOnReset)
