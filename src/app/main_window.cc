@@ -1,5 +1,6 @@
 #include "app/main_window.h"
 
+#include "app/actions.h"
 #include "app/control_loop.h"
 #include "platform/net/left_behind.h"
 #include "platform/vk/app.h"
@@ -65,11 +66,13 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     VkWindow(name, DEFAULTS),
     displays_(baseWidget())
 {
+    qd_add_actions(theApplication->appContext());
     form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
     XtVaSetValues(form_->baseWidget(), XtNwidth, FORM_WIDTH, XtNheight, FORM_HEIGHT, nullptr);
     addView(form_.get());
     form_->setParent(this);
     build_menus();
+    setFirstFocus(form_->usersList());
     VkConfigureWM(baseWidget(), 1, 0, 1, 1, 0, 1, 1);
 
     session_ = QD_Session_Control::instance();

@@ -3,6 +3,7 @@
 #include "platform/vk/text.h"
 #include "platform/vk/wm_hints.h"
 
+#include <X11/Shell.h>
 #include <X11/StringDefs.h>
 
 namespace {
@@ -22,6 +23,8 @@ DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args,
     if (*name)
         setTitle(VkPrintable(name).c_str());
     setStatus(name);
+    // It comes by itself, perhaps while the user is typing, and nothing in it takes keys.
+    XtVaSetValues(baseWidget(), XtNinput, False, nullptr);
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
 

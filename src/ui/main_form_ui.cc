@@ -1,5 +1,6 @@
 #include "ui/main_form_ui.h"
 
+#include "platform/vk/keys.h"
 #include "platform/vk/text.h"
 #include "ui/camera_icon.h"
 
@@ -111,6 +112,7 @@ void MainFormUI::createButtons()
             _usersForm, XmNbottomAttachment, XmATTACH_FORM, XmNleftAttachment, XmATTACH_POSITION,
             XmNleftPosition, i, XmNleftOffset, i > 0 ? 3 : 0, XmNrightAttachment, XmATTACH_POSITION,
             XmNrightPosition, i + 1, XmNrightOffset, i < 2 ? 3 : 0, nullptr);
+        VkTabButton(*buttons[i].field);
     }
 }
 
@@ -132,14 +134,14 @@ void MainFormUI::createCamera()
 {
     _toggle = XtVaCreateManagedWidget("toggle", xmToggleButtonWidgetClass, _ctrlForm,
         XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, nullptr);
-    Pixel off = 0;
-    Pixel on = 0;
-    XtVaGetValues(_toggle, XmNbackground, &off, XmNselectColor, &on, nullptr);
-    camera_off_ = VkPixmap(_toggle, CAMERA_ICON, off);
-    camera_on_ = VkPixmap(_toggle, CAMERA_ICON, on);
+    XtVaGetValues(
+        _toggle, XmNbackground, &camera_off_ground_, XmNselectColor, &camera_on_ground_, nullptr);
+    camera_off_ = VkPixmap(_toggle, CAMERA_ICON, camera_off_ground_);
+    camera_on_ = VkPixmap(_toggle, CAMERA_ICON, camera_on_ground_);
     XtVaSetValues(_toggle, XmNlabelType, XmPIXMAP_AND_STRING, XmNpixmapPlacement, XmPIXMAP_LEFT,
         XmNpixmapTextPadding, 4, XmNlabelPixmap, camera_off_.get(), XmNselectPixmap,
         camera_on_.get(), nullptr);
+    showCamera();
 
     _talkToggle = XtVaCreateManagedWidget("talkToggle", xmToggleButtonWidgetClass, _ctrlForm,
         XmNset, True, XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, _toggle, XmNtopOffset, 2,
@@ -152,6 +154,15 @@ void MainFormUI::createCamera()
     XtVaSetValues(_label3, XmNtopAttachment, XmATTACH_OPPOSITE_WIDGET, XmNtopWidget, _manualToggle,
         XmNbottomAttachment, XmATTACH_OPPOSITE_WIDGET, XmNbottomWidget, _manualToggle, nullptr);
     _autoToggle = XtVaCreateWidget("autoToggle", xmToggleButtonWidgetClass, _ctrlForm, nullptr);
+    for (Widget toggle : {_toggle, _talkToggle, _manualToggle})
+        VkTabStop(toggle);
+}
+
+// Beside a picture the toolkit does not fill a toggle that is set.
+void MainFormUI::showCamera()
+{
+    XtVaSetValues(_toggle, XmNbackground,
+        XmToggleButtonGetState(_toggle) ? camera_on_ground_ : camera_off_ground_, nullptr);
 }
 
 void MainFormUI::createScales()
@@ -232,7 +243,9 @@ void MainFormUI::callCallback(Widget w, XtPointer self, XtPointer call_data)
 
 void MainFormUI::cameraCallback(Widget w, XtPointer self, XtPointer call_data)
 {
-    static_cast<MainFormUI*>(self)->camera(w, call_data);
+    auto* form = static_cast<MainFormUI*>(self);
+    form->showCamera();
+    form->camera(w, call_data);
 }
 
 void MainFormUI::talkCallback(Widget w, XtPointer self, XtPointer call_data)

@@ -16,6 +16,9 @@ public:
     /// The Call button, for those who open the call dialog from it.
     Widget callButton() const { return _callButton; }
 
+    /// The list of users, where the keyboard begins.
+    Widget usersList() const { return _usersList; }
+
 protected:
     MainFormUI(const char* name, Widget parent);
 
@@ -74,7 +77,10 @@ private:
     void createScales();
     void createMeters();
     void addCallbacks();
+    void showCamera();
 
+    Pixel camera_off_ground_ = 0;
+    Pixel camera_on_ground_ = 0;
     VkPixmap camera_off_;
     VkPixmap camera_on_;
 };

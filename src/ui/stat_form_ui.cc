@@ -1,5 +1,6 @@
 #include "ui/stat_form_ui.h"
 
+#include "platform/vk/keys.h"
 #include "platform/vk/text.h"
 
 #include <Xm/Form.h>
@@ -152,6 +153,7 @@ void StatFormUI::createClose()
     _statCloseButton = XtVaCreateManagedWidget("statCloseButton", xmPushButtonWidgetClass,
         _statForm, XmNwidth, 90, XmNrightAttachment, XmATTACH_FORM, XmNrightOffset, MARGIN,
         XmNbottomAttachment, XmATTACH_FORM, XmNbottomOffset, MARGIN, nullptr);
+    VkTabButton(_statCloseButton);
     XtAddCallback(_statCloseButton, XmNactivateCallback, &StatFormUI::statCloseCallback, this);
     // Escape closes, as in any dialog.
     XtVaSetValues(_statForm, XmNcancelButton, _statCloseButton, nullptr);

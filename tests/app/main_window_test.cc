@@ -1,75 +1,10 @@
-#include <gtest/gtest.h> // before all X headers: their macros would spoil it
-
-#include "app/control_loop.h"
-#include "app/main_window.h"
-#include "app/termination.h"
-#include "tests/support/framework.h"
+#include "tests/support/program.h"
 #include "tests/support/temp_dir.h"
-#include "tests/support/x_app.h"
 
 #include <Xm/List.h>
 #include <csignal>
-#include <filesystem>
-#include <thread>
 
 namespace {
-
-size_t count_in(const char* directory)
-{
-    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(directory), {}));
-}
-
-// Sockets of this process, by what /proc says of its descriptors.
-size_t sockets()
-{
-    size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code gone;
-        count += std::filesystem::read_symlink(entry.path(), gone).string().starts_with("socket:");
-    }
-    return count;
-}
-
-// The program as main() sets it up, with the test as its framework. Everything
-// is made for one test and one process: ways out end the process.
-struct Program {
-    Program()
-    {
-        qd_use_test_address();
-        setenv("QD_MIC", "tone:440", 1);
-        setenv("QD_SPEAKER", "null", 1);
-        QD_Test_App::get();
-        std::thread([] {}).join(); // a sanitizer's own thread comes with the first one
-        threads = count_in("/proc/self/task");
-        sockets_before = sockets();
-        char number[] = "1";
-        std::string port = framework.port();
-        char* argv[] = {number, number, number, number, port.data(), nullptr};
-        ctrlWorkProcHandle
-            = XtAppAddWorkProc(theApplication->appContext(), ctrlWorkProc, &termination);
-        mainWindow = new MainWindowMainWindow(
-            "Quendal Videoconferencing", argv, 5, termination.get_handle());
-        mainWindow->show();
-        framework.accept();
-    }
-
-    Widget find(const char* name) const { return qd_find(mainWindow->baseWidget(), name); }
-
-    // Runs the control loop until the framework's events have been handled.
-    void handle_all()
-    {
-        framework.send_event(51, "ping");
-        pollfd answer {framework.descriptor(), POLLIN, 0};
-        while (::poll(&answer, 1, 0) == 0)
-            ctrlWorkProc(&termination);
-        framework.hear(12);
-    }
-
-    QD_Test_Framework framework;
-    QD_Termination termination;
-    size_t threads = 0;
-    size_t sockets_before = 0;
-};
 
 // At the very end of the process, after all that was registered to run there:
 // no thread and no socket is left, but for those that may be, and the options are on the disk.
@@ -78,8 +13,8 @@ size_t sockets_allowed = 0;
 
 void check_what_is_left()
 {
-    const size_t threads = count_in("/proc/self/task");
-    const size_t left = sockets();
+    const size_t threads = qd_count_in("/proc/self/task");
+    const size_t left = qd_sockets();
     const std::string home = getenv("HOME");
     const bool saved = qd_read_file(home + "/.qd.cfg").size() == 280;
     std::filesystem::remove_all(home);
@@ -97,7 +32,7 @@ template <class Way> void leave(bool link_may_stay, Way way)
     atexit(check_what_is_left);
     char home[] = "/tmp/quendal-test-XXXXXX";
     setenv("HOME", mkdtemp(home), 1);
-    auto* program = new Program;
+    auto* program = new QD_Program;
     threads_at_first = program->threads;
     // The framework's end is in this process as well: listener and link.
     sockets_allowed = program->sockets_before + 1 + (link_may_stay ? 1 : 0);
@@ -112,7 +47,7 @@ protected:
     MainWindowDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-void run_loop(Program& program)
+void run_loop(QD_Program& program)
 {
     for (;;)
         ctrlWorkProc(&program.termination);
@@ -124,28 +59,92 @@ TEST_F(MainWindowDeathTest, EveryWayOutLeavesNothingBehind)
 {
     const auto well = testing::ExitedWithCode(0);
     const char* const gone = "all is gone and saved";
-    const auto menu = [](Program& program) {
+    const auto menu = [](QD_Program& program) {
         XtCallCallbacks(program.find("exitButton"), XmNactivateCallback, nullptr);
     };
     EXPECT_EXIT(leave(false, menu), well, gone);
+    const auto key = [](QD_Program& program) {
+        XtCallActionProc(program.find("usersList"), "quit", nullptr, nullptr, 0);
+    };
+    EXPECT_EXIT(leave(false, key), well, gone);
     // The window manager's way alone keeps the framework link to the last.
-    const auto window_manager = [](Program&) { qd_close_window(mainWindow->baseWidget()); };
+    const auto window_manager = [](QD_Program&) { qd_close_window(mainWindow->baseWidget()); };
     EXPECT_EXIT(leave(true, window_manager), well, gone);
-    const auto framework = [](Program& program) {
+    const auto framework = [](QD_Program& program) {
         program.framework.end_session();
         run_loop(program);
     };
     EXPECT_EXIT(leave(false, framework), well, gone);
-    const auto terminated = [](Program& program) {
+    const auto terminated = [](QD_Program& program) {
         raise(SIGTERM);
         run_loop(program);
     };
     EXPECT_EXIT(leave(false, terminated), well, gone);
 }
 
+// What a key of the user's own calls.
+TEST(MainWindow, EveryOperationIsAnActionOfTheToolkit)
+{
+    QD_Program program;
+    auto* form = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm());
+    const auto act = [&](const char* action) {
+        XtCallActionProc(program.find("usersList"), action, nullptr, nullptr, 0);
+    };
+    testing::internal::CaptureStderr();
+    for (const char* action : {"conf", "overview", "users", "chat"})
+        act(action);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+        "MainForm::conf: not implemented\nMainForm::overview: not implemented\n"
+        "MainForm::users: not implemented\n");
+    act("statistics");
+    EXPECT_TRUE(form->getStatWnd()->shown());
+    program.framework.announce(1, 1, "me");
+    program.handle_all();
+    act("reset");
+    EXPECT_EQ(QD_Session_Ref()->get_member_list()->size(), 0u);
+    delete mainWindow;
+    mainWindow = nullptr;
+}
+
+TEST(MainWindow, NamesOfAnyKindComeAndGoWhetherTheirListIsSeenOrNot)
+{
+    QD_Program program;
+    auto* window = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm())->getStatWnd();
+    const auto lines = [&] {
+        int count = 0;
+        XtVaGetValues(
+            qd_find(window->baseWidget(), "statUsersList"), XmNitemCount, &count, nullptr);
+        return count;
+    };
+    const std::string names[] = {"me", "two  words ", "a.b*c", "J\xc3\xb6rg", "\xff\xfe",
+        "\xff\xfd", "", "tab\tand\nline", "%s%n", "twenty-three letters ab\xc3\xb6"};
+    const int count = std::size(names);
+    for (bool seen : {false, true}) {
+        if (seen)
+            window->show();
+        for (int id = 1; id <= count; ++id) {
+            program.framework.announce(id, id, names[id - 1]);
+            // Its picture's window, too, must bear the name.
+            program.handle_all();
+            QD_Member* member = QD_Session_Ref()->get_member(id);
+            ASSERT_NE(member, nullptr) << names[id - 1];
+            EXPECT_EQ(member->open_display(), 0);
+        }
+        qd_pump();
+        EXPECT_EQ(lines(), count);
+        for (int id = count; id >= 1; --id)
+            program.framework.remove(id, id);
+        program.handle_all();
+        qd_pump();
+        EXPECT_EQ(lines(), 0) << seen;
+    }
+    delete mainWindow;
+    mainWindow = nullptr;
+}
+
 TEST(MainWindow, ListsMembersSettlesTheCutOffAndForgetsOnReset)
 {
-    Program program;
+    QD_Program program;
     auto* form = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm());
     ASSERT_NE(form, nullptr);
     Dimension width = 0;

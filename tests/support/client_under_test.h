@@ -77,21 +77,18 @@ public:
     /// Finds the window whose title begins so and keeps to it. Returns whether it came.
     bool look_at(const std::string& title)
     {
-        const std::string found = client_.file("window");
         return qd_wait_for(
             [&] {
-                unlink(found.c_str());
-                QD_Process::Set_Up out;
-                out.out = found;
-                out.errors = "/dev/null";
-                qd_run({"xdotool", "search", "--onlyvisible", "--pid",
-                           std::to_string(client_.pid()), "--name", "^" + title},
-                    out);
-                window_ = qd_read_file(found);
-                window_ = window_.substr(0, window_.find('\n'));
+                window_ = search(title);
                 return !window_.empty();
             },
             std::chrono::seconds(20));
+    }
+
+    /// Waits until no such window is on the screen. Returns whether that came to be.
+    bool loses(const std::string& title) const
+    {
+        return qd_wait_for([&] { return search(title).empty(); }, std::chrono::seconds(20));
     }
 
     /// The window's number, as the tools take it.
@@ -109,7 +106,37 @@ public:
         return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
     }
 
+    /// Gives the keyboard to the window.
+    int focus() const { return qd_run({"xdotool", "windowfocus", "--sync", window_}); }
+
+    /// Types for whichever window has the keyboard. Alt is held longer than the key.
+    static int type(const std::vector<std::string>& keys)
+    {
+        std::vector<std::string> command {"xdotool"};
+        for (const std::string& key : keys)
+            if (key.starts_with("alt+"))
+                command.insert(
+                    command.end(), {"keydown", "alt", "key", key.substr(4), "keyup", "alt"});
+            else
+                command.insert(command.end(), {"key", key});
+        return qd_run(command);
+    }
+
 private:
+    std::string search(const std::string& title) const
+    {
+        const std::string found = client_.file("window");
+        unlink(found.c_str());
+        QD_Process::Set_Up out;
+        out.out = found;
+        out.errors = "/dev/null";
+        qd_run({"xdotool", "search", "--onlyvisible", "--pid", std::to_string(client_.pid()),
+                   "--name", "^" + title},
+            out);
+        const std::string windows = qd_read_file(found);
+        return windows.substr(0, windows.find('\n'));
+    }
+
     const QD_Client_Under_Test& client_;
     std::string window_;
 };

@@ -4,12 +4,30 @@
 #include "platform/net/udp_socket.h"
 
 #include <atomic>
+#include <chrono>
+#include <mutex>
 #include <netinet/in.h>
 #include <poll.h>
 #include <random>
 #include <string>
 #include <sys/socket.h>
 #include <thread>
+#include <vector>
+
+/// One media datagram on its way.
+struct QD_Passing {
+    std::chrono::steady_clock::time_point when;
+    unsigned seq;
+    int length; // of the payload
+};
+
+/// What passes now; `datagram` has a whole header.
+inline QD_Passing qd_passing(const std::string& datagram)
+{
+    const auto byte = [&](size_t at) { return unsigned {static_cast<uint8_t>(datagram[at])}; };
+    return {std::chrono::steady_clock::now(), byte(2) << 8 | byte(3),
+        static_cast<int>(datagram.size()) - 12};
+}
 
 /// Receives datagrams at `from` and sends them on to `to` (network byte order),
 /// both at the same port, dropping a share of them chosen at random.
@@ -39,6 +57,13 @@ public:
     int passed() const { return passed_; }
     int dropped() const { return dropped_; }
 
+    /// All that was passed on so far, in order.
+    std::vector<QD_Passing> log() const
+    {
+        std::lock_guard hold(log_mutex_);
+        return log_;
+    }
+
 private:
     void run()
     {
@@ -55,6 +80,10 @@ private:
                 continue;
             }
             ++passed_;
+            if (n >= 12) {
+                std::lock_guard hold(log_mutex_);
+                log_.push_back(qd_passing(datagram.substr(0, static_cast<size_t>(n))));
+            }
             ::sendto(fd_.get(), datagram.data(), static_cast<size_t>(n), 0,
                 reinterpret_cast<sockaddr*>(&to_), sizeof to_);
         }
@@ -67,6 +96,8 @@ private:
     std::atomic<int> percent_ = 0;
     std::atomic<int> passed_ = 0;
     std::atomic<int> dropped_ = 0;
+    mutable std::mutex log_mutex_;
+    std::vector<QD_Passing> log_;
     std::atomic<bool> going_ = true;
     std::thread thread_;
 };

@@ -4,15 +4,18 @@
 #include "platform/vk/app.h"
 #include "tests/support/x_server.h"
 
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <Xm/Xm.h>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 /// Server and application, made at the first use. The screen is QD_TEST_SCREEN
-/// ("640x480x16") if that is set. The options file of the session, if one is
+/// ("640x480x16") if that is set, and the user's resources on the server are
+/// QD_TEST_RESOURCES ("Xft.dpi: 96"). The options file of the session, if one is
 /// written, lands in a directory of its own.
 class QD_Test_App {
 public:
@@ -39,7 +42,10 @@ private:
             argv.push_back(word.data());
         int argc = static_cast<int>(argv.size());
         argv.push_back(nullptr);
+        Display* resources = set_resources();
         new VkApp("Application", &argc, argv.data()); // theApplication, until the process ends
+        if (resources)
+            XCloseDisplay(resources); // not before: without clients the server forgets
         left_.assign(argv.data(), argv.data() + argc);
     }
     ~QD_Test_App() { std::filesystem::remove_all(home_); }
@@ -48,6 +54,19 @@ private:
     {
         const char* asked = ::getenv("QD_TEST_SCREEN");
         return asked ? asked : "1024x768x24";
+    }
+
+    static Display* set_resources()
+    {
+        const char* asked = ::getenv("QD_TEST_RESOURCES");
+        Display* display = asked ? XOpenDisplay(nullptr) : nullptr;
+        if (!display)
+            return nullptr;
+        XChangeProperty(display, DefaultRootWindow(display), XA_RESOURCE_MANAGER, XA_STRING, 8,
+            PropModeReplace, reinterpret_cast<const unsigned char*>(asked),
+            static_cast<int>(::strlen(asked)));
+        XSync(display, False);
+        return display;
     }
 
     QD_X_Server server_ {screen()};

@@ -12,13 +12,17 @@
 /// Xvfb on a display number of its own choice, which DISPLAY then names.
 class QD_X_Server {
 public:
-    explicit QD_X_Server(const char* screen = "1024x768x24")
+    /// `options` are further ones of the server.
+    explicit QD_X_Server(
+        const char* screen = "1024x768x24", const std::vector<std::string>& options = {})
     {
         int ends[2];
         if (::pipe(ends) != 0)
             return;
-        server_.emplace(std::vector<std::string> {"Xvfb", "-displayfd", std::to_string(ends[1]),
-            "-screen", "0", screen, "-nolisten", "tcp"});
+        std::vector<std::string> command {"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen",
+            "0", screen, "-nolisten", "tcp"};
+        command.insert(command.end(), options.begin(), options.end());
+        server_.emplace(command);
         ::close(ends[1]);
         // The number ends with a new line; the end of file tells of a server that could not start.
         std::string number;

@@ -5,7 +5,6 @@
 #include "ui/display_window.h"
 
 #include <X11/Xutil.h>
-#include <malloc.h>
 #include <memory>
 
 namespace {
@@ -180,31 +179,4 @@ TEST(DisplayWindows, StandWhereTheResourcesSayInTheOrderOfOpening)
 
     QD_Display_Windows anywhere(theApplication->baseWidget());
     EXPECT_EQ(corner(anywhere.make_display("f")), "0,0") << "the window manager's affair";
-}
-
-TEST(DisplayWindows, OpenedAndClosedAHundredTimesLeaveNothing)
-{
-    ui_app();
-    QD_Display_Windows windows(theApplication->baseWidget());
-    const std::vector<unsigned char> picture = qd_bars();
-    const size_t before = theApplication->windows().size();
-    const auto rounds = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            std::unique_ptr<QD_Display_View> window = windows.make_display("anna@orion");
-            window->show();
-            if (i % 3 > 0)
-                window->draw(picture.data());
-            if (i % 3 > 1)
-                qd_pump();
-            window->setStatistics("1 kbps", "2 fps");
-        }
-        qd_pump();
-        const auto heap = mallinfo2();
-        return heap.uordblks + heap.hblkhd;
-    };
-    const size_t warm = rounds(20);
-    const size_t after = rounds(100);
-    EXPECT_EQ(theApplication->windows().size(), before);
-    // The toolkit keeps a little of each; one set of fonts kept would be 6000 bytes.
-    EXPECT_LT(after, warm + 100 * 3000);
 }

@@ -112,6 +112,10 @@ TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
     window.form_.getStatWnd()->show();
     qd_pump();
 
+    XtWidgetGeometry status {};
+    XtQueryGeometry(qd_find(window.baseWidget(), "label1"), nullptr, &status);
+    EXPECT_NEAR(status.height, 20, 6) << "neither tiny nor huge";
+
     const Box main = box_of(window.form_.baseWidget());
     EXPECT_EQ(main.right - main.left, 234);
     EXPECT_EQ(main.bottom - main.top, 298);
@@ -125,4 +129,18 @@ TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
     const Box place = box_of(window.form_.getStatWnd()->baseWidget());
     EXPECT_EQ(place.left, 300) << "the user's geometry";
     EXPECT_EQ(place.top, 7);
+}
+
+// The windows have sizes of their own in pixels, so the fonts must keep theirs.
+TEST(LayoutElsewhere, HoldsWhateverResolutionTheUserHasSet)
+{
+    for (const char* resolution : {"72", "96", "192"}) {
+        QD_Process::Set_Up other;
+        other.environment["QD_TEST_RESOURCES"] = std::string("Xft.dpi: ") + resolution + "\n";
+        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:DisplayWindow.AtItsSize*",
+                             "--gtest_brief=1"},
+                      other),
+            0)
+            << resolution;
+    }
 }

@@ -150,6 +150,7 @@ TEST(StatForm, CloseHidesAndTheKeyboardReachesAll)
     EXPECT_FALSE(window.shown());
 }
 
+// The line's spelling is what those who read our output look for.
 TEST(StatWindowMainWindow, ClosedByTheUserItHidesAndKeepsItsList)
 {
     Stat window;

@@ -1,0 +1,85 @@
+// A whole session by the keyboard alone, on different kinds of screens.
+#include "tests/support/client_under_test.h"
+#include "tests/support/x_server.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QD_Client_Under_Test::Set_Up at_the_keyboard(const QD_Temp_Dir& dir)
+{
+    std::filesystem::create_directory(dir / "bin");
+    qd_write_file(dir / "bin/apanel", "#!/bin/sh\ntouch " + dir.file("panel-was-here") + "\n");
+    std::filesystem::permissions(dir / "bin/apanel", std::filesystem::perms::owner_all);
+    QD_Client_Under_Test::Set_Up set_up;
+    set_up.environment["PATH"] = dir / "bin:" + getenv("PATH");
+    set_up.toolkit_options
+        = {"-xrm", "*mainForm*translations: #override Ctrl<Key>R: reset()", "-geometry", "+0+0"};
+    return set_up;
+}
+
+void use_everything()
+{
+    QD_Temp_Dir dir;
+    QD_Client_Under_Test client(2, at_the_keyboard(dir));
+    client.framework().announce(2, 2, "m2");
+    QD_Person main(client);
+    ASSERT_TRUE(main.look_at("Quendal"));
+    ASSERT_TRUE(client.framework().settle());
+
+    // From the list by the buttons to Camera. The window it brings leaves the keyboard where it is.
+    main.focus();
+    main.type({"Tab", "Tab", "Tab", "Tab", "space"});
+    QD_Person other(client);
+    EXPECT_TRUE(other.look_at("m2@"));
+    main.type(
+        {"Tab", "Tab", "Tab", "Right", "Right", "Right"}); // Talk, Manual, the cut-off's scale
+    main.type({"shift+Tab", "shift+Tab", "shift+Tab", "space"});
+    EXPECT_TRUE(other.loses("m2@"));
+
+    for (const std::vector<std::string>& close :
+        {std::vector<std::string> {"space", "Escape"}, {"Tab", "Return"}}) {
+        main.focus();
+        main.type({"ctrl+s"});
+        ASSERT_TRUE(other.look_at("Statistics"));
+        other.focus();
+        other.type(close);
+        EXPECT_TRUE(other.loses("Statistics"));
+    }
+
+    main.focus();
+    main.type({"alt+v", "p"});
+    EXPECT_TRUE(qd_wait_for([&] { return std::filesystem::exists(dir / "panel-was-here"); }));
+    main.type(
+        {"F10", "Right", "Right", "Down", "s"}); // the menus by arrows, the entry by its letter
+    EXPECT_TRUE(other.look_at("Statistics"));
+
+    main.focus();
+    main.type({"ctrl+r"});
+    main.type({"alt+f", "x"});
+    EXPECT_EQ(client.wait(), 0);
+    EXPECT_EQ(qd_read_file(client.file(".qd.cfg")).substr(276), std::string("\0\0\0\3", 4));
+    EXPECT_EQ(client.log().find("m2@"), std::string::npos) << "forgotten by the reset";
+    EXPECT_EQ(client.log().find("Sanitizer"), std::string::npos) << client.log();
+}
+
+}
+
+TEST(Keyboard, ServesAllUnderAWindowManager)
+{
+    QD_X_Server server;
+    server.manage();
+    use_everything();
+}
+
+TEST(Keyboard, ServesAllWithoutAWindowManager)
+{
+    QD_X_Server server;
+    use_everything();
+}
+
+TEST(Keyboard, ServesAllOnAScreenWithoutSharedMemory)
+{
+    QD_X_Server server("800x600x16", {"-extension", "MIT-SHM"});
+    use_everything();
+}

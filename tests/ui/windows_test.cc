@@ -1,0 +1,77 @@
+#include "tests/ui/ui_test.h"
+
+#include "tests/support/bars.h"
+#include "ui/display_factory.h"
+#include "ui/main_form.h"
+
+#include <malloc.h>
+
+namespace {
+
+void open_main(int round)
+{
+    struct Main : VkSimpleWindow {
+        Main() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
+        {
+            addView(&form_);
+            show();
+        }
+        MainForm form_;
+    } window;
+    window.form_.addUserToList("anna@orion");
+    window.form_.updateLevels();
+    if (round % 2 > 0)
+        qd_pump();
+}
+
+void open_statistics(int round)
+{
+    StatWindowMainWindow window("statWindow");
+    window.show();
+    window.getStatForm()->addToUsersList("anna@orion");
+    if (round % 2 > 0)
+        qd_pump();
+    if (round % 3 > 0)
+        window.hide();
+    window.getStatForm()->delFromUsersList("anna@orion");
+}
+
+void open_video(int round)
+{
+    static const std::vector<unsigned char> picture = qd_bars();
+    QD_Display_Windows windows(theApplication->baseWidget());
+    const std::unique_ptr<QD_Display_View> window = windows.make_display("anna@orion");
+    window->show();
+    if (round % 3 > 0)
+        window->draw(picture.data());
+    if (round % 3 > 1)
+        qd_pump();
+    window->setStatistics("1 kbps", "2 fps");
+}
+
+}
+
+// The toolkit keeps what it made of each label's text. A list of members, a
+// picture or a set of fonts would be more.
+TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
+{
+    ui_app();
+    const size_t before = theApplication->windows().size();
+    struct {
+        void (*open)(int round);
+        size_t kept; // bytes, at most
+    } const cases[] = {{open_main, 9000}, {open_statistics, 7000}, {open_video, 1000}};
+    for (const auto& c : cases) {
+        const auto rounds = [&](int count) {
+            for (int round = 0; round < count; ++round)
+                c.open(round);
+            qd_pump();
+            const auto heap = mallinfo2();
+            return heap.uordblks + heap.hblkhd;
+        };
+        const size_t warm = rounds(20);
+        const size_t after = rounds(200);
+        EXPECT_LT(after, warm + 200 * c.kept);
+        EXPECT_EQ(theApplication->windows().size(), before);
+    }
+}
