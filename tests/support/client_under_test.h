@@ -109,6 +109,11 @@ public:
         return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
     }
 
+    int type(const std::string& text) const
+    {
+        return qd_run({"xdotool", "windowfocus", "--sync", window_, "type", text});
+    }
+
 private:
     const QD_Client_Under_Test& client_;
     std::string window_;
