@@ -82,6 +82,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     reactor_.add_wake(session_->get_wake().get());
     reactor_.add_wake(wake_fd);
     session_->set_reactor(&reactor_);
+    listener_.open(); // without it the conference goes on, only nobody can call
     audio_ = std::make_unique<QD_AudioApp>();
     audio_->init();
     video_ = std::make_unique<QD_VideoApp>();
@@ -115,6 +116,8 @@ void MainWindowMainWindow::close_media()
     session_->setGUI(nullptr, nullptr);
     session_->set_reactor(nullptr);
     delete call_window_;
+    listener_.close();
+    reactor_.clear(); // the member streams
     form_.reset();
 }
 
@@ -145,6 +148,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 {
     const int result = framework_->handle_events(wait_ms);
     reactor_.dispatch();
+    session_->clear_failed_invitation();
     form_->applyStartState(session_->get_member(session_->get_local_id()) != nullptr);
     draw_levels();
     return result;

@@ -5,6 +5,7 @@
 #include "framework/orvik_control.h"
 #include "platform/net/reactor.h"
 #include "platform/vk/window.h"
+#include "signalling/listener.h"
 #include "signalling/session_control.h"
 #include "ui/call_window.h"
 #include "ui/display_factory.h"
@@ -65,6 +66,7 @@ private:
     void open_call_dialog();
 
     Reactor reactor_;
+    QD_Listener listener_ {&reactor_};
     std::unique_ptr<MainForm> form_;
     CallWindowMainWindow* call_window_ = nullptr; // while there is one
     QD_Display_Windows displays_;                 // outlives the members

@@ -1,6 +1,8 @@
 #include "signalling/member.h"
 
 #include "platform/net/sock_library.h"
+#include "signalling/connector.h"
+#include "signalling/qd_message.h"
 
 #include <cstdio>
 #include <cstring>
@@ -65,10 +67,32 @@ int QD_Member::get_string(char (&out)[STRING_SIZE]) const
 
 void QD_Member::fix_string() { get_string(string_); }
 
+int QD_Member::get_participant(_participant* out) const
+{
+    *out = {};
+    out->handle = id_;
+    out->set_user(name_);
+    out->host = host_;
+    return 0;
+}
+
+int QD_Member::connect(Reactor* reactor)
+{
+    QD_Member* const self = this;
+    qd_connect_members({&self, 1}, reactor, SOCK_Connector::CONNECT_MS);
+    return stream_ == nullptr ? -1 : 0;
+}
+
 void QD_Member::close()
 {
     if (stream_ != nullptr)
         stream_->close();
+}
+
+void QD_Member::send_msg(QD_Message* msg)
+{
+    if (stream_ != nullptr)
+        msg->send(stream_);
 }
 
 void QD_Member::update_audio_stat(const rtp_fix_header* hdr, int len)

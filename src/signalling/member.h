@@ -2,13 +2,17 @@
 #pragma once
 
 #include "media/user_data.h"
+#include "platform/net/reactor.h"
 #include "platform/net/semaphore.h"
 #include "platform/net/sock_stream.h"
 #include "platform/net/wake.h"
+#include "signalling/participant.h"
 #include "signalling/views.h"
 
 #include <cstdint>
 #include <memory>
+
+class QD_Message;
 
 /// Who a member is, how its media arrive, and its video window with the
 /// requests that media threads post for it.
@@ -59,8 +63,19 @@ public:
     /// Settles the display string: from here on it stays the same, also in copies.
     void fix_string();
 
+    /// Who this is, as messages carry it. Returns 0.
+    int get_participant(_participant* out) const;
+
+    /// Opens a stream to the member's host, which the reactor then serves.
+    /// Returns 0, or -1 without a stream, after at most a second.
+    int connect(Reactor* reactor);
+
     /// Closes the stream if there is one; the pointer stays.
     void close();
+
+    /// Sends a message if there is a stream; never waits. A stream that fails
+    /// over it ends of itself.
+    void send_msg(QD_Message* msg);
 
     /// Counts a packet of `len` payload bytes. Under the session lock.
     void update_audio_stat(const rtp_fix_header* hdr, int len);

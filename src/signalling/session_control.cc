@@ -1,6 +1,7 @@
 #include "signalling/session_control.h"
 
 #include "platform/net/sock_library.h"
+#include "signalling/connector.h"
 #include "signalling/options_file.h"
 
 #include <cstdio>
@@ -39,7 +40,9 @@ void QD_Session_Control::save_at_exit()
         session_control_->save_options();
 }
 
-QD_Session_Control::QD_Session_Control() : roster_(std::make_shared<QD_Roster>())
+QD_Session_Control::QD_Session_Control() :
+    dial_(qd_connect_members),
+    roster_(std::make_shared<QD_Roster>())
 {
     publish_roster();
     if (restore_options() == -1)
@@ -93,24 +96,33 @@ QD_Stat_View* QD_Session_Control::stat_view() const
     return form_ == nullptr ? nullptr : form_->getStatWnd()->getStatForm();
 }
 
-int QD_Session_Control::new_member(QD_Member* m)
+// Every way into the map ends here: the copy there is numbered, keeps its
+// string, can be shown, and is in the roster.
+void QD_Session_Control::admit(QD_Member* m, bool local)
 {
-    if (m == nullptr)
-        return -1;
-    char text[QD_Member::STRING_SIZE];
     m->fix_string();
-    m->get_string(text);
     m->set_display(factory_, &wake_);
     m->set_internal_id(++internal_id_);
     {
         QD_Session_Hold hold(this);
         members_[m->get_id()] = *m;
-        if (m->get_host() == SOCK_Library::getlocalhostid())
+        if (local)
             local_id_ = m->get_id();
     }
     publish_roster();
-    delete m;
+}
+
+int QD_Session_Control::new_member(QD_Member* m)
+{
+    const std::unique_ptr<QD_Member> owned(m);
+    if (m == nullptr || (m->get_stream() != nullptr && announced_ >= MAX_ANNOUNCED))
+        return -1;
+    if (m->get_stream() != nullptr)
+        ++announced_;
+    admit(m, m->get_host() == SOCK_Library::getlocalhostid());
     if (form_ != nullptr) {
+        char text[QD_Member::STRING_SIZE];
+        m->get_string(text);
         form_->setStatus("New user joined");
         stat_view()->addToUsersList(text);
     }
@@ -147,10 +159,6 @@ void QD_Session_Control::handle_member_events()
     for (auto& [id, member] : members_)
         member.handle_events();
 }
-
-int QD_Session_Control::accept_invitation() { return status_ == INVITED ? 0 : -1; }
-
-int QD_Session_Control::reject_invitation() { return status_ == INVITED ? 0 : -1; }
 
 void QD_Session_Control::quit() { forget_members(true); }
 

@@ -12,7 +12,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
+#include <span>
+#include <string>
 
 /// A counted singleton: every use stands between instance() and destroy(), and
 /// the last destroy() saves the options and deletes it. They are saved, too,
@@ -28,6 +32,10 @@ class QD_Session_Control {
 public:
     /// The local member's id before it is known.
     static constexpr int NO_LOCAL_ID = 255;
+
+    /// Members that streams may announce: each adds a line to a list, and
+    /// nobody but the peers says how often they do so.
+    static constexpr int MAX_ANNOUNCED = 1000;
 
     /// The instance, made at the first call. Any thread.
     static QD_Session_Control* instance();
@@ -75,7 +83,8 @@ public:
 
     /// Takes a member in, in place of one with its id, numbers the joining and
     /// lists it in the statistics. A member at this machine's address is the
-    /// local one. Deletes m; null is refused with -1. Never with the lock held.
+    /// local one. Deletes m; -1 if that is null, or has come by a stream after
+    /// MAX_ANNOUNCED others. Never with the lock held.
     int new_member(QD_Member* m);
 
     /// Removes a member and its window. 0, or -1 if there is none with that id. Never with the lock
@@ -85,6 +94,16 @@ public:
     /// Lets every member serve one pending request.
     void handle_member_events();
 
+    /// Calls a host, by name or dotted address, into the conference; begins one
+    /// if there is none. Holds the caller for a second at most. Returns 0, also
+    /// when an invitation is unanswered and nothing was done; -1 if the host
+    /// cannot be reached.
+    int invite(const char* user_name, const char* host_name);
+
+    /// Forgets an invitation whose stream could not be opened, so that the next
+    /// call is not taken for a second one. For each pass of the control loop.
+    void clear_failed_invitation();
+
     /// Answers to an invitation: -1 unless one is pending.
     int accept_invitation();
     int reject_invitation();
@@ -92,6 +111,37 @@ public:
     /// Forget all members; quit() closes their streams as well.
     void quit();
     void reset();
+
+    /// Sends `len` bytes of application data to all other members. Returns 0,
+    /// or -1 if that is fewer than none or more than a message holds.
+    int send_to_app(int app, int kind, const char* data, int len);
+
+    /// What messages from other members ask for; see QD_Message. They return 0,
+    /// or -1 with nothing changed. `m` is taken over, bodies are not kept.
+    void invited(QD_Member* m);
+    int accepted(const char* name, uint32_t host);
+    int rejected(const char* name, uint32_t host);
+    int confirmed(const char* body, int size);
+    int connect(int id, SOCK_Stream* s);
+    int app_message(int id, const char* body, int size);
+
+    /// A stream has ended: its member leaves, or its invitation lapses. -1 if
+    /// nobody uses it.
+    int connection_closed(SOCK_Stream* s);
+
+    /// The stream is about to be destroyed: nobody keeps it. Does nothing if
+    /// there is no instance.
+    static void stream_gone(SOCK_Stream* s);
+
+    /// Prints a line for every member and sends the message to all but the local one.
+    void send_to_all(QD_Message* msg);
+
+    /// Gives the message the list of all members as its body.
+    void fill_participants(QD_Message* msg);
+
+    /// Opens streams to members, as qd_connect_members does, which is the default.
+    using Dial = std::function<void(std::span<QD_Member* const>, Reactor*, int milliseconds)>;
+    void set_dial(Dial dial) { dial_ = std::move(dial); }
 
     /// Shows the figures of every member with that display string.
     void update_stat(const char* member_text);
@@ -111,7 +161,15 @@ private:
     static void save_at_exit();
 
     bool is_selected(QD_Member* m) const;
+    void admit(QD_Member* m, bool local = false);
     void forget_members(bool close_streams);
+    void start_conference();
+    void forget_stream(const SOCK_Stream* s);
+    void inviting_user_left();
+    void invited_user_left();
+    void send(QD_Member* to, unsigned char tag);
+    void set_status(const std::string& text);
+    void list_user(const std::string& text);
     void publish_roster();
     QD_Stat_View* stat_view() const;
 
@@ -124,8 +182,13 @@ private:
 
     std::map<int, QD_Member> members_; // changed under sem_ by the user-interface thread
     State status_ = IDLE;
+    std::unique_ptr<QD_Member> inviting_member_; // who has called us, while INVITED or ACCEPTED
+    std::unique_ptr<QD_Member> new_member_;      // whom we have called, until the answer
     std::atomic<int> local_id_ = NO_LOCAL_ID;
+    int last_id_ = -1;     // that was given to a member we called
     int internal_id_ = -1; // the number of the last joining
+    int announced_ = 0;    // members that streams have announced
+    Dial dial_;
     Reactor* reactor_ = nullptr;
     _options options_;
     QD_Semaphore sem_ {1};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "media/user_data.h"
+#include "signalling/member.h"
 #include "signalling/views.h"
 
 #include <algorithm>
@@ -36,14 +37,26 @@ private:
 struct QD_Fake_Main_View : QD_Main_View, QD_Stat_Window_View {
     QD_Fake_Stat_View stat;
     std::vector<std::string> statuses;
+    std::vector<std::string> users;
+    std::vector<int> buttons;       // as they were switched
+    std::vector<std::string> chats; // "id/kind: text"
     std::atomic<int> speaker_level = -1;
     std::atomic<int> mic_level = -1;
 
     void setStatus(const char* text) override { statuses.emplace_back(text); }
-    void addUserToList(const char*) override {}
-    void delUserFromList(const char*) override {}
-    void activateButtons(char) override {}
-    void chatMessage(QD_Member*, int, const char*, int) override {}
+    void addUserToList(const char* text) override { users.emplace_back(text); }
+    void delUserFromList(const char* text) override
+    {
+        const auto at = std::find(users.begin(), users.end(), text);
+        if (at != users.end())
+            users.erase(at);
+    }
+    void activateButtons(char on) override { buttons.push_back(on); }
+    void chatMessage(QD_Member* from, int kind, const char* text, int len) override
+    {
+        chats.push_back(std::to_string(from->get_id()) + "/" + std::to_string(kind) + ": "
+            + std::string(text, static_cast<size_t>(len)));
+    }
     void setSpeakerLevel(int level) override { speaker_level = level; }
     void setMicLevel(int level) override { mic_level = level; }
     QD_Stat_Window_View* getStatWnd() override { return this; }

@@ -3,6 +3,7 @@
 
 #include "platform/net/event_handler.h"
 
+#include <memory>
 #include <poll.h>
 #include <vector>
 
@@ -10,11 +11,25 @@
 /// remove handlers, themselves included, while they are being called.
 class Reactor {
 public:
-    /// Watches the handler's descriptor. Returns 0, -1 if it is watched already or has none.
+    /// `clock` gives the time that handlers are told; it outlives the reactor.
+    explicit Reactor(const QD_Clock& clock = QD_Clock::real()) : clock_(clock) {}
+    ~Reactor() { clear(); }
+    Reactor(const Reactor&) = delete;
+    Reactor& operator=(const Reactor&) = delete;
+
+    /// Watches the handler's descriptor. Returns 0, -1 if it is watched for that already or there
+    /// is none.
     int register_handler(Event_Handler* handler, Event_Type type);
 
     /// Returns 0, -1 if it was not registered for that.
     int remove_handler(Event_Handler* handler, Event_Type type);
+
+    /// Takes a handler over: it is deleted after an operation of it has
+    /// returned -1, or with the reactor.
+    void adopt(std::unique_ptr<Event_Handler> handler);
+
+    /// Deletes the adopted handlers. Not while handlers are being called.
+    void clear();
 
     /// Makes a descriptor end waits when it is readable. The caller looks after
     /// what is to be read: a descriptor left readable ends every wait.
@@ -26,16 +41,23 @@ public:
     /// or ended), else 0. A signal ends the wait, too.
     int wait(int extra, int milliseconds);
 
-    /// Calls the handlers that the last wait found ready. Returns how many.
+    /// Calls the handlers that the last wait found ready, then tells all of
+    /// them the time. Returns how many were ready.
     int dispatch();
 
 private:
     struct Entry {
         Event_Handler* handler;
         int fd;
-        bool ready;
+        int watched; // Event_Type values, or-ed
+        int ready;   // likewise
+        bool told;   // the time, in this dispatch
     };
+    void settle(Event_Handler* handler, int result);
+
+    const QD_Clock& clock_;
     std::vector<Entry> entries_;
+    std::vector<std::unique_ptr<Event_Handler>> adopted_;
     std::vector<int> wakes_;
     std::vector<pollfd> polled_; // kept so that waiting does not allocate
 };

@@ -89,10 +89,13 @@ void SOCK_Library::gethostname(uint32_t address, char (&out)[NAME_SIZE])
     std::string name;
     if (ntohl(address) >> 24 != 127)
         name = names->find(address);
-    if (name.empty() || name.size() >= NAME_SIZE) {
-        char dotted[INET_ADDRSTRLEN] = "";
-        inet_ntop(AF_INET, &address, dotted, sizeof dotted);
-        name = dotted;
-    }
-    memcpy(out, name.c_str(), name.size() + 1);
+    if (name.empty() || name.size() >= NAME_SIZE)
+        getdotted(address, out);
+    else
+        memcpy(out, name.c_str(), name.size() + 1);
+}
+
+void SOCK_Library::getdotted(uint32_t address, char (&out)[NAME_SIZE])
+{
+    inet_ntop(AF_INET, &address, out, sizeof out);
 }

@@ -29,4 +29,7 @@ public:
     /// known. Never waits: names are looked up by a thread of their own and
     /// serve later calls. Loopback addresses are never looked up. Any thread.
     static void gethostname(uint32_t address, char (&out)[NAME_SIZE]);
+
+    /// Writes the dotted address. Any thread.
+    static void getdotted(uint32_t address, char (&out)[NAME_SIZE]);
 };
