@@ -195,14 +195,7 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
     if (std::string(QD_SANITIZED).empty()) { // sanitizers hold freed memory back
         EXPECT_LT(qd_resident_kilobytes(bernt.pid()), early + 2048);
     }
-    EXPECT_TRUE(qd_wait_for([&] {
-        const std::string found = bernt.file("stale");
-        unlink(found.c_str());
-        QD_Process::Set_Up out;
-        out.out = found;
-        out.errors = "/dev/null";
-        qd_run({"xdotool", "search", "--name", "^m2@"}, out);
-        return qd_read_file(found).empty();
-    })) << "no window is left of who left";
+    EXPECT_TRUE(qd_wait_for([&] { return !person.find("m2@"); }))
+        << "no window is left of who left";
     EXPECT_EQ(bernt.end(), 0);
 }

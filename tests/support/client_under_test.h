@@ -74,24 +74,27 @@ class QD_Person {
 public:
     explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
 
-    /// Finds the window whose title begins so and keeps to it. Returns whether it came.
-    bool look_at(const std::string& title)
+    /// Finds the client's window whose title begins so and keeps to it. Returns whether it is
+    /// there.
+    bool find(const std::string& title)
     {
         const std::string found = client_.file("window");
-        return qd_wait_for(
-            [&] {
-                unlink(found.c_str());
-                QD_Process::Set_Up out;
-                out.out = found;
-                out.errors = "/dev/null";
-                qd_run({"xdotool", "search", "--onlyvisible", "--pid",
-                           std::to_string(client_.pid()), "--name", "^" + title},
-                    out);
-                window_ = qd_read_file(found);
-                window_ = window_.substr(0, window_.find('\n'));
-                return !window_.empty();
-            },
-            std::chrono::seconds(20));
+        unlink(found.c_str());
+        QD_Process::Set_Up out;
+        out.out = found;
+        out.errors = "/dev/null";
+        qd_run({"xdotool", "search", "--onlyvisible", "--all", "--pid",
+                   std::to_string(client_.pid()), "--name", "^" + title},
+            out);
+        window_ = qd_read_file(found);
+        window_ = window_.substr(0, window_.find('\n'));
+        return !window_.empty();
+    }
+
+    /// The same, and returns whether it came.
+    bool look_at(const std::string& title)
+    {
+        return qd_wait_for([&] { return find(title); }, std::chrono::seconds(20));
     }
 
     /// The window's number, as the tools take it.
