@@ -13,18 +13,26 @@ int QD_Svc_Handler::handle_event(Event_Type type)
         watch_queue();
         return 0;
     }
-    for (int i = 0; i < MESSAGES_PER_EVENT && message_complete(); ++i) {
-        QD_Message message(peer());
-        if (message.recv(peer()) < 1) {
-            message.destroy();
+    for (int i = 0; i < MESSAGES_PER_EVENT && message_complete(); ++i)
+        if (receive_message() == -1)
             return end();
-        }
+    if (this_second_ >= MESSAGES_PER_SECOND)
+        reactor()->remove_handler(this, QD_EVENT_READ); // until the second is over
+    return 0;
+}
+
+int QD_Svc_Handler::receive_message()
+{
+    QD_Message message(peer());
+    const bool received = message.recv(peer()) == 1;
+    if (received) {
         introduced_ = true;
+        ++this_second_;
         with_message_.renew();
         message.execute();
-        message.destroy();
     }
-    return 0;
+    message.destroy();
+    return received ? 0 : -1;
 }
 
 // Fetches no more than one message: what follows it waits in the system's
@@ -44,6 +52,11 @@ bool QD_Svc_Handler::message_complete()
 int QD_Svc_Handler::handle_time(QD_Clock::Time now)
 {
     watch_queue();
+    if (now - second_began_ >= std::chrono::seconds(1)) {
+        second_began_ = now;
+        if (std::exchange(this_second_, 0) >= MESSAGES_PER_SECOND)
+            reactor()->register_handler(this, QD_EVENT_READ);
+    }
     const bool half_a_message = !peer()->received().empty();
     const bool unknown = place_ != nullptr && !introduced_;
     if (with_message_.exhausted(half_a_message || unknown, now, MESSAGE_LIMIT))

@@ -60,8 +60,9 @@ public:
     static constexpr std::chrono::seconds MESSAGE_LIMIT {10};
     /// How long the peer may let something wait in the queue.
     static constexpr std::chrono::seconds DRAIN_LIMIT {2};
-    /// More than these wait for the next pass, so that a flood holds up nobody.
+    /// More than these wait, so that a flood holds up nobody.
     static constexpr int MESSAGES_PER_EVENT = 8;
+    static constexpr int MESSAGES_PER_SECOND = 200;
 
     QD_Svc_Handler() = default;
 
@@ -91,12 +92,15 @@ private:
     };
 
     bool message_complete();
+    int receive_message();
     void watch_queue();
     int end();
 
     std::shared_ptr<void> place_;
     bool introduced_ = false; // a message has come
     bool watching_queue_ = false;
+    int this_second_ = 0; // messages
+    QD_Clock::Time second_began_;
     Patience with_message_;
     Patience with_queue_;
 };

@@ -4,6 +4,7 @@
 #include "app/main_window.h"
 #include "app/termination.h"
 #include "tests/support/framework.h"
+#include "tests/support/stream_pair.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/x_app.h"
 
@@ -181,8 +182,23 @@ TEST(MainWindow, ListsMembersSettlesTheCutOffAndForgetsOnReset)
     MainWindowMainWindow::resetCallback(nullptr, mainWindow, nullptr);
     EXPECT_EQ(QD_Session_Ref()->get_member_list()->size(), 0u);
 
+    SOCK_Stream caller;
+    sockaddr_in to {};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(5000);
+    to.sin_addr.s_addr = qd_test_host(1);
+    ASSERT_EQ(SOCK_Connector().connect(&caller, &to), 0);
+    const std::string call = qd_header_image(62, 0, "eva", std::string(4, '\x7f'), 35);
+    caller.send_n((call + std::string(35, '\0')).data(), 56 + 35);
+    ASSERT_TRUE(qd_pump_until([&] {
+        ctrlWorkProc(&program.termination);
+        return caller.fetch(56);
+    })) << "calls are answered by the control loop";
+    EXPECT_EQ(caller.received()[0], 0) << "accepted";
+
     delete mainWindow;
     mainWindow = nullptr;
+    EXPECT_TRUE(caller.fetch(57)) << "and end with the window";
     EXPECT_EQ(ctrlWorkProcHandle, 0u);
     EXPECT_EQ(ctrlWorkProc(&program.termination), False);
 }

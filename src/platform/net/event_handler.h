@@ -21,7 +21,7 @@ public:
     /// The descriptor to watch, the same for as long as it is registered.
     virtual int get_handle() = 0;
 
-    /// Called in every dispatch, so that what takes too long can be ended.
-    /// Returns as handle_event does.
+    /// Called in every dispatch of the reactor that adopted it, so that what
+    /// takes too long can be ended. Returns as handle_event does.
     virtual int handle_time(QD_Clock::Time /*now*/) { return 0; }
 };

@@ -11,7 +11,7 @@ int Reactor::register_handler(Event_Handler* handler, Event_Type type)
     const auto known = std::find_if(entries_.begin(), entries_.end(),
         [&](const Entry& entry) { return entry.handler == handler; });
     if (known == entries_.end())
-        entries_.push_back({handler, fd, type, 0, true});
+        entries_.push_back({handler, fd, type, 0});
     else if ((known->watched & type) != 0)
         return -1;
     else
@@ -35,7 +35,7 @@ int Reactor::remove_handler(Event_Handler* handler, Event_Type type)
 
 void Reactor::adopt(std::unique_ptr<Event_Handler> handler)
 {
-    adopted_.push_back(std::move(handler));
+    adopted_.push_back({std::move(handler), true});
 }
 
 void Reactor::clear()
@@ -89,15 +89,15 @@ int Reactor::dispatch()
     }
 
     const QD_Clock::Time now = clock_.now();
-    for (Entry& entry : entries_)
-        entry.told = false;
+    for (Adopted& one : adopted_)
+        one.told = false;
     for (;;) {
         const auto next = std::find_if(
-            entries_.begin(), entries_.end(), [](const Entry& entry) { return !entry.told; });
-        if (next == entries_.end())
+            adopted_.begin(), adopted_.end(), [](const Adopted& one) { return !one.told; });
+        if (next == adopted_.end())
             return called;
         next->told = true;
-        Event_Handler* handler = next->handler;
+        Event_Handler* handler = next->handler.get();
         settle(handler, handler->handle_time(now));
     }
 }
@@ -108,9 +108,9 @@ void Reactor::settle(Event_Handler* handler, int result)
     if (result != -1)
         return;
     const auto mine = std::find_if(adopted_.begin(), adopted_.end(),
-        [&](const std::unique_ptr<Event_Handler>& one) { return one.get() == handler; });
+        [&](const Adopted& one) { return one.handler.get() == handler; });
     if (mine == adopted_.end())
         return;
-    const std::unique_ptr<Event_Handler> ended = std::move(*mine);
+    const std::unique_ptr<Event_Handler> ended = std::move(mine->handler);
     adopted_.erase(mine);
 }

@@ -24,8 +24,9 @@ public:
     /// Returns 0, -1 if it was not registered for that.
     int remove_handler(Event_Handler* handler, Event_Type type);
 
-    /// Takes a handler over: it is deleted after an operation of it has
-    /// returned -1, or with the reactor.
+    /// Takes a handler over, which may be watched or not: it is told the time in
+    /// every dispatch, and deleted after an operation of it has returned -1, or
+    /// with the reactor.
     void adopt(std::unique_ptr<Event_Handler> handler);
 
     /// Deletes the adopted handlers. Not while handlers are being called.
@@ -41,8 +42,8 @@ public:
     /// or ended), else 0. A signal ends the wait, too.
     int wait(int extra, int milliseconds);
 
-    /// Calls the handlers that the last wait found ready, then tells all of
-    /// them the time. Returns how many were ready.
+    /// Calls the handlers that the last wait found ready, then tells the
+    /// adopted ones the time. Returns how many were ready.
     int dispatch();
 
 private:
@@ -51,13 +52,16 @@ private:
         int fd;
         int watched; // Event_Type values, or-ed
         int ready;   // likewise
-        bool told;   // the time, in this dispatch
+    };
+    struct Adopted {
+        std::unique_ptr<Event_Handler> handler;
+        bool told; // the time, in this dispatch
     };
     void settle(Event_Handler* handler, int result);
 
     const QD_Clock& clock_;
     std::vector<Entry> entries_;
-    std::vector<std::unique_ptr<Event_Handler>> adopted_;
+    std::vector<Adopted> adopted_;
     std::vector<int> wakes_;
     std::vector<pollfd> polled_; // kept so that waiting does not allocate
 };
