@@ -3,79 +3,14 @@
 #include "app/main_window.h"
 #include "app/termination.h"
 #include "tests/support/client_under_test.h"
-#include "tests/support/x_app.h"
+#include "tests/support/finger.h"
 
-#include <Xm/PushB.h>
-#include <algorithm>
-#include <atomic>
 #include <fstream>
-#include <random>
-#include <thread>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr int INPUTS = 400;
 constexpr auto IDLE_FOR = std::chrono::seconds(10);
-
-std::atomic<Clock::rep> entered = 0;
-
-void armed(Widget, XtPointer, XtPointer) { entered = Clock::now().time_since_epoch().count(); }
-
-double percentile(std::vector<double> values, double share)
-{
-    std::sort(values.begin(), values.end());
-    return values[static_cast<size_t>(share * static_cast<double>(values.size() - 1))];
-}
-
-// Another program, with a connection of its own, that presses a button.
-class Finger {
-public:
-    explicit Finger(Window button) : display_(XOpenDisplay(nullptr)), button_(button) {}
-    ~Finger() { XCloseDisplay(display_); }
-
-    void press()
-    {
-        time_ += 1000;
-        for (int type : {ButtonPress, ButtonRelease}) {
-            XEvent event {};
-            event.xbutton.type = type;
-            event.xbutton.window = button_;
-            event.xbutton.root = DefaultRootWindow(display_);
-            event.xbutton.button = Button1;
-            event.xbutton.same_screen = True;
-            event.xbutton.x = event.xbutton.y = 5;
-            event.xbutton.time = time_;
-            event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
-            XSendEvent(display_, button_, False, NoEventMask, &event);
-        }
-        XFlush(display_);
-    }
-
-private:
-    Display* display_;
-    Window button_;
-    Time time_ = 0;
-};
-
-// Presses now and then; returns milliseconds until the callback ran, of each.
-std::vector<double> press_often(Finger& finger)
-{
-    std::mt19937 random(1);
-    std::vector<double> milliseconds;
-    for (int i = 0; i < INPUTS; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(3 + random() % 60));
-        entered = 0;
-        const auto begin = Clock::now();
-        finger.press();
-        if (!qd_wait_for([] { return entered != 0; }))
-            break;
-        const Clock::duration took = Clock::duration(entered) - begin.time_since_epoch();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(took).count());
-    }
-    return milliseconds;
-}
 
 void measure_inputs()
 {
@@ -89,24 +24,13 @@ void measure_inputs()
     mainWindow = new MainWindowMainWindow("bench", argv, 5, termination.get_handle());
     mainWindow->show();
     framework.accept();
-    const Widget button = qd_find(mainWindow->baseWidget(), "callButton");
-    XtAddCallback(button, XmNarmCallback, armed, nullptr);
     qd_pump();
-
-    std::atomic<bool> done = false;
-    std::vector<double> milliseconds;
-    std::thread person([&, window = XtWindow(button)] {
-        Finger finger(window);
-        milliseconds = press_often(finger);
-        done = true;
-        finger.press(); // the loop returns only at an event
-    });
-    while (!done)
-        XtAppProcessEvent(theApplication->appContext(), XtIMAll);
-    person.join();
+    // Not one that opens anything.
+    QD_Finger finger(qd_find(mainWindow->baseWidget(), "acceptButton"));
+    const std::vector<double> milliseconds = finger.press_often(INPUTS, 60);
     printf("input to callback entered, %zu presses: median %.2f ms, 95th percentile %.2f ms"
            " (budget 2 ms)\n",
-        milliseconds.size(), percentile(milliseconds, 0.5), percentile(milliseconds, 0.95));
+        milliseconds.size(), qd_percentile(milliseconds, 0.5), qd_percentile(milliseconds, 0.95));
     delete mainWindow;
     mainWindow = nullptr;
 }

@@ -8,6 +8,7 @@
 #include "platform/vk/wm_hints.h"
 
 #include <X11/StringDefs.h>
+#include <Xm/Xm.h>
 #include <cstdlib>
 
 namespace {
@@ -71,6 +72,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     XtVaSetValues(form_->baseWidget(), XtNwidth, FORM_WIDTH, XtNheight, FORM_HEIGHT, nullptr);
     addView(form_.get());
     form_->setParent(this);
+    XtAddCallback(form_->callButton(), XmNactivateCallback, callCallback, this);
     build_menus();
     setFirstFocus(form_->usersList());
     VkConfigureWM(baseWidget(), 1, 0, 1, 1, 0, 1, 1);
@@ -116,6 +118,7 @@ void MainWindowMainWindow::close_media()
     ctrlWorkProcHandle = 0;
     session_->setGUI(nullptr, nullptr);
     session_->set_reactor(nullptr);
+    delete call_window_;
     listener_.close();
     reactor_.clear(); // the member streams
     form_.reset();
@@ -170,6 +173,13 @@ void MainWindowMainWindow::reset()
     form_->reset(nullptr, nullptr);
 }
 
+void MainWindowMainWindow::open_call_dialog()
+{
+    if (!call_window_)
+        call_window_ = new CallWindowMainWindow(&call_window_);
+    call_window_->show();
+}
+
 void MainWindowMainWindow::playVideo() { video_->play(); }
 
 void MainWindowMainWindow::stopVideo() { video_->stop(); }
@@ -189,6 +199,11 @@ void MainWindowMainWindow::setMicCutoffLevel(int level)
     _options* options = session_->get_options();
     options->mic_cutoff = level;
     audio_->update_options(options);
+}
+
+void MainWindowMainWindow::callCallback(Widget, XtPointer self, XtPointer)
+{
+    window(self)->open_call_dialog();
 }
 
 void MainWindowMainWindow::quitCallback(Widget, XtPointer self, XtPointer) { window(self)->quit(); }

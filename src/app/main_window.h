@@ -7,6 +7,7 @@
 #include "platform/vk/window.h"
 #include "signalling/listener.h"
 #include "signalling/session_control.h"
+#include "ui/call_window.h"
 #include "ui/display_factory.h"
 #include "ui/main_form.h"
 #include "video/video_app.h"
@@ -55,17 +56,20 @@ public:
     void setMicCutoffLevel(int level) override;
 
 private:
+    static void callCallback(Widget, XtPointer self, XtPointer);
     void build_menus();
     void close_media();
     void draw_levels();
 
     [[noreturn]] void quit();
     void reset();
+    void open_call_dialog();
 
     Reactor reactor_;
     QD_Listener listener_ {&reactor_};
     std::unique_ptr<MainForm> form_;
-    QD_Display_Windows displays_; // outlives the members
+    CallWindowMainWindow* call_window_ = nullptr; // while there is one
+    QD_Display_Windows displays_;                 // outlives the members
     QD_Session_Control* session_;
     std::unique_ptr<QD_Orvik_Control> framework_;
     std::unique_ptr<QD_AudioApp> audio_;

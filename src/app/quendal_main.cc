@@ -4,8 +4,11 @@
 #include "app/termination.h"
 #include "platform/vk/app.h"
 
+#include <cstdio>
+
 int main(int argc, char** argv)
 {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // a log tells at once what has happened
     InitEZ();
     VkApp application("Application", &argc, argv);
     QD_Termination termination;

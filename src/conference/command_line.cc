@@ -25,7 +25,8 @@ demo    Starts members who each say something of their own. After some seconds
 
 Options:
   --unannounced        run: clients that are told of nobody, for people who call
-                       one another
+                       one another: press Call, type the other's address as
+                       "has joined" and "list" tell it
   --members N          demo: how many members, 2 to 8 (3)
   --seconds S          demo: how long (15); 0: live, until you leave: the first
                        member is heard on this machine's loudspeaker and nothing
@@ -55,6 +56,8 @@ Environment, passed on to the clients:
 Example: three people, no hardware needed, and a fourth who comes later:
   QD_MIC=tone:440 QD_SPEAKER=null quendal-conference run anna bernt chiara
   join dmitri
+Two people who call one another: in Anna's window press Call, type 127.0.0.3:
+  quendal-conference run --unannounced anna@127.0.0.2 bernt@127.0.0.3
 )";
 
 namespace {

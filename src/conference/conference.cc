@@ -107,7 +107,10 @@ QD_Launch QD_Conference::launch_of(const Member& member, const QD_Member_Plan& p
 {
     QD_Launch launch;
     launch.program_ = setup_.client_;
-    launch.arguments_ = setup_.options_;
+    if (!setup_.announced_) // people call from windows that nothing else tells apart
+        launch.arguments_ = {"-title", "Quendal: " + member.name_};
+    launch.arguments_.insert(
+        launch.arguments_.end(), setup_.options_.begin(), setup_.options_.end());
     launch.arguments_.insert(launch.arguments_.end(), plan.options_.begin(), plan.options_.end());
     launch.directory_ = directory_of(member.name_);
     launch.log_ = launch.directory_ + "/log.txt";

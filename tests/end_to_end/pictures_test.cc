@@ -1,9 +1,8 @@
 // Pictures between real clients: what a window shows is what its member's camera saw.
 #include "platform/vl/vl.h"
-#include "tests/support/client_under_test.h"
 #include "tests/support/relay.h"
-#include "tests/support/screen.h"
 #include "tests/support/udp_peer.h"
+#include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 
 #include <gtest/gtest.h>
@@ -27,38 +26,13 @@ protected:
         QD_Client_Under_Test::Set_Up set_up;
         set_up.camera = CARDS[index];
         set_up.options_file = options_file;
-        const std::string y = std::to_string(400 * index);
-        for (const std::string& resource :
-            {std::string("*toggle.set: True"), std::string("*videoX: 300"), "*videoY: " + y}) {
-            set_up.toolkit_options.emplace_back("-xrm");
-            set_up.toolkit_options.push_back(resource);
-        }
-        set_up.toolkit_options.emplace_back("-geometry");
-        set_up.toolkit_options.push_back("+0+" + y);
+        set_up.toolkit_options = qd_seeing_options(index);
         return set_up;
     }
 
-    static QD_Shot shoot(const QD_Client_Under_Test& viewer, int member)
-    {
-        QD_Person person(viewer);
-        if (!person.look_at("m" + std::to_string(member) + "@"))
-            return QD_Shot("");
-        const std::string file = viewer.file("shot.ppm");
-        qd_run({"import", "-window", person.window(), "-depth", "8", file});
-        return QD_Shot(file);
-    }
-
-    // Whether the viewer's window of that member shows the card of that hue.
     static bool shows(const QD_Client_Under_Test& viewer, int member, int hue)
     {
-        return qd_wait_for(
-            [&] {
-                const QD_Shot shot = shoot(viewer, member);
-                if (!shot.good())
-                    return false;
-                return qd_shows_card(shot, hue);
-            },
-            std::chrono::seconds(20));
+        return qd_shows(viewer, "m" + std::to_string(member) + "@", hue);
     }
 
     static QD_X_Server* x_server_;
@@ -112,7 +86,7 @@ TEST_F(PicturesTest, LostPacketsFreezeNothingAndPicturesRecover)
         std::string last;
         for (int changes = 0; changes < 8; ++changes)
             EXPECT_TRUE(qd_wait_for([&] {
-                const std::string now = shoot(bernt, ANNA).picture();
+                const std::string now = qd_shoot(bernt, "m2@").picture();
                 return now != last && (last = now, true);
             })) << "the clock in the picture runs";
         EXPECT_TRUE(
@@ -193,14 +167,6 @@ TEST_F(PicturesTest, TwentyFiveAreReceivedAndTwentyFiveDrawnEachSecond)
     }
 }
 
-size_t resident_kilobytes(pid_t pid)
-{
-    std::ifstream statm("/proc/" + std::to_string(pid) + "/statm");
-    size_t pages = 0;
-    statm >> pages >> pages;
-    return pages * 4;
-}
-
 TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeaving)
 {
     Sender anna;
@@ -224,19 +190,12 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
         bernt.framework().remove(ANNA, ANNA);
         ASSERT_TRUE(bernt.framework().settle());
         if (round == 30)
-            early = resident_kilobytes(bernt.pid());
+            early = qd_resident_kilobytes(bernt.pid());
     }
     if (std::string(QD_SANITIZED).empty()) { // sanitizers hold freed memory back
-        EXPECT_LT(resident_kilobytes(bernt.pid()), early + 2048);
+        EXPECT_LT(qd_resident_kilobytes(bernt.pid()), early + 2048);
     }
-    EXPECT_TRUE(qd_wait_for([&] {
-        const std::string found = bernt.file("stale");
-        unlink(found.c_str());
-        QD_Process::Set_Up out;
-        out.out = found;
-        out.errors = "/dev/null";
-        qd_run({"xdotool", "search", "--name", "^m2@"}, out);
-        return qd_read_file(found).empty();
-    })) << "no window is left of who left";
+    EXPECT_TRUE(qd_wait_for([&] { return !person.find("m2@"); }))
+        << "no window is left of who left";
     EXPECT_EQ(bernt.end(), 0);
 }

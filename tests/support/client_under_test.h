@@ -74,15 +74,18 @@ class QD_Person {
 public:
     explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
 
-    /// Finds the window whose title begins so and keeps to it. Returns whether it came.
+    /// Finds the client's window whose title begins so and keeps to it. Returns whether it is
+    /// there.
+    bool find(const std::string& title)
+    {
+        window_ = search(title);
+        return !window_.empty();
+    }
+
+    /// The same, and returns whether it came.
     bool look_at(const std::string& title)
     {
-        return qd_wait_for(
-            [&] {
-                window_ = search(title);
-                return !window_.empty();
-            },
-            std::chrono::seconds(20));
+        return qd_wait_for([&] { return find(title); }, std::chrono::seconds(20));
     }
 
     /// Waits until no such window is on the screen. Returns whether that came to be.
@@ -122,6 +125,11 @@ public:
         return qd_run(command);
     }
 
+    int write(const std::string& text) const
+    {
+        return qd_run({"xdotool", "windowfocus", "--sync", window_, "type", text});
+    }
+
 private:
     std::string search(const std::string& title) const
     {
@@ -130,8 +138,8 @@ private:
         QD_Process::Set_Up out;
         out.out = found;
         out.errors = "/dev/null";
-        qd_run({"xdotool", "search", "--onlyvisible", "--pid", std::to_string(client_.pid()),
-                   "--name", "^" + title},
+        qd_run({"xdotool", "search", "--onlyvisible", "--all", "--pid",
+                   std::to_string(client_.pid()), "--name", "^" + title},
             out);
         const std::string windows = qd_read_file(found);
         return windows.substr(0, windows.find('\n'));

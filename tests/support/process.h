@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <map>
 #include <optional>
 #include <string>
@@ -122,4 +123,13 @@ private:
 inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})
 {
     return QD_Process(command, set_up).end(0);
+}
+
+/// Memory that a process has in use now.
+inline size_t qd_resident_kilobytes(pid_t pid)
+{
+    std::ifstream statm("/proc/" + std::to_string(pid) + "/statm");
+    size_t pages = 0;
+    statm >> pages >> pages;
+    return pages * 4;
 }

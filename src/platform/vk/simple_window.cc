@@ -8,6 +8,7 @@
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
 #include <cstring>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -97,6 +98,7 @@ void VkSimpleWindow::realize()
     Widget shell = baseWidget();
     XtRealizeWidget(shell);
     publishTitle();
+    publishProcess();
 
     int functions = 0;
     Dimension width = 0;
@@ -170,6 +172,16 @@ void VkSimpleWindow::publishTitle()
     XChangeProperty(display, XtWindow(baseWidget()), XInternAtom(display, "_NET_WM_NAME", False),
         XInternAtom(display, "UTF8_STRING", False), 8, PropModeReplace,
         reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+}
+
+// So that a window manager can end a process that hangs, and tools tell the
+// windows of several apart.
+void VkSimpleWindow::publishProcess()
+{
+    Display* display = XtDisplay(baseWidget());
+    const long pid = getpid();
+    XChangeProperty(display, XtWindow(baseWidget()), XInternAtom(display, "_NET_WM_PID", False),
+        XA_CARDINAL, 32, PropModeReplace, reinterpret_cast<const unsigned char*>(&pid), 1);
 }
 
 void VkSimpleWindow::handleWmDeleteMessage()

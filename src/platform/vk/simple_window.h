@@ -49,6 +49,7 @@ private:
     void makeShell(ArgList args, Cardinal count);
     void realize();
     void publishTitle();
+    void publishProcess();
 
     Widget main_ = nullptr;
     Widget first_focus_ = nullptr; // until the window is shown

@@ -1,0 +1,27 @@
+#include "ui/form.h"
+
+#include "platform/vk/component_class.h"
+#include "platform/vk/simple_window.h"
+#include "signalling/session_control.h"
+
+#include <Xm/TextF.h>
+
+Form::Form(const char* name, Widget parent) : Form(name) { create(parent); }
+
+Form::Form(const char* name) : FormUI(name) {}
+
+void Form::call(Widget, XtPointer)
+{
+    QD_Session_Control* session = QD_Session_Control::instance();
+    char* host = XmTextFieldGetString(_hostTextField);
+    session->invite("user", host); // the one who is called tells the true name
+    QD_Session_Control::destroy();
+    XtFree(host);
+    delete _parent; // and this form with it
+}
+
+void Form::cancel(Widget, XtPointer) { delete _parent; }
+
+VkComponent* CreateForm(const char* name, Widget parent) { return new Form(name, parent); }
+
+void RegisterFormInterface() { VkRegisterClass("Form", CreateForm); }
