@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: build demo test sanitize bench lint packages clean
+.PHONY: build demo test sanitize bench lint install package screenshots packages clean
 
 packages:
 	@tools/install-packages.sh
@@ -29,6 +29,19 @@ BENCHES = bench_control_loop bench_display bench_video
 bench: build
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
 	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done
+
+# Beneath PREFIX; with DESTDIR, as if PREFIX were in there.
+PREFIX ?= /usr/local
+install: build
+	@DESTDIR='$(DESTDIR)' cmake --install $(BUILD) --prefix '$(PREFIX)'
+
+# quendal_VERSION_ARCHITECTURE.deb in the build directory.
+package: build
+	@cd $(BUILD) && cpack --config CPackConfig.cmake -B . && rm -rf _CPack_Packages
+
+# The pictures of the README and the guide, of every window there is.
+screenshots: build
+	@tools/screenshots.sh $(BUILD) docs/images
 
 lint: build
 	@tools/lint.sh $(BUILD)
