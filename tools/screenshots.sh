@@ -65,7 +65,7 @@ shoot_options() {
 shoot_call() {
     # The Call button is the right one of three below the list.
     eval "$(xwininfo -id "$window" | sed -n 's/^ *Width: /w=/p; s/^ *Height: /h=/p')"
-    xdotool mousemove --window "$window" $((w * 5 / 6)) $((h * 57 / 100)) click 1 mousemove 1 1
+    xdotool mousemove --window "$window" $((w * 5 / 6)) $((h * 49 / 100)) click 1 mousemove 1 1
     wait_until find_window Call || return 1
     take_focus
     xdotool type --delay 30 chiara.example.org
