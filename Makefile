@@ -2,15 +2,21 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: build demo test sanitize bench lint packages clean
+.PHONY: build programs configured demo test sanitize bench lint install package screenshots packages clean
 
 packages:
 	@tools/install-packages.sh
 
-build: packages
+build: configured
+	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS)
+
+# Without the tests.
+programs: configured
+	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target installable
+
+configured: packages
 	@mkdir -p $(BUILD)
 	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) >$(BUILD)/configure.log 2>&1 || { cat $(BUILD)/configure.log; exit 1; }
-	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS)
 
 # A conference of three on this machine, with or without a display.
 demo: build
@@ -29,6 +35,24 @@ BENCHES = bench_control_loop bench_display bench_video
 bench: build
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
 	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done
+
+# Beneath PREFIX; with DESTDIR, as if PREFIX were in there.
+PREFIX ?= /usr/local
+install: programs
+	@DESTDIR='$(DESTDIR)' cmake --install $(BUILD) --prefix '$(PREFIX)'
+
+# build/package/quendal_VERSION_ARCHITECTURE.deb, of programs built as Debian builds its own.
+DEBIAN_FLAGS = $(shell dpkg-buildflags --get CPPFLAGS) $(shell dpkg-buildflags --get CXXFLAGS)
+package: packages
+	@$(MAKE) --no-print-directory programs BUILD=build/package CMAKE_ARGS='$(CMAKE_ARGS) \
+	    -DCMAKE_CXX_FLAGS="$(DEBIAN_FLAGS)" -DCMAKE_CXX_FLAGS_RELWITHDEBINFO= \
+	    -DCMAKE_EXE_LINKER_FLAGS="$(shell dpkg-buildflags --get LDFLAGS) -Wl,-z,now"'
+	@cd build/package && cpack --config CPackConfig.cmake -B . >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@rm -rf build/package/_CPack_Packages && ls build/package/*.deb
+
+# The pictures of the README and the guide, of every window there is.
+screenshots: programs
+	@tools/screenshots.sh $(BUILD) docs/images
 
 lint: build
 	@tools/lint.sh $(BUILD)

@@ -8,6 +8,8 @@
 #   DEMO_MEMBERS (3)   how many take part, 2 to 8
 #   DEMO_SECONDS (15)  how long without a display
 #   DEMO_HEADLESS      not empty: without a display even where there is one
+#   DEMO_COMMAND       what to run before the end, instead of a screenshot, without
+#                      a display
 set -u
 build=${1:?usage: demo.sh BUILD_DIR}
 members=${DEMO_MEMBERS:-3}
@@ -62,7 +64,10 @@ start_display() {
     DISPLAY=:$(cat "$server/number")
     export DISPLAY
     unset XAUTHORITY
-    mwm >"$server/mwm.log" 2>&1 &
+    display-im6 -window root "xc:#46586a" >/dev/null 2>&1
+    mwm -xrm 'Mwm*background: #b8c4ce' -xrm 'Mwm*foreground: #1f2933' \
+        -xrm 'Mwm*activeBackground: #2f6f9f' -xrm 'Mwm*activeForeground: white' \
+        >"$server/mwm.log" 2>&1 &
     mwm=$!
 }
 
@@ -82,8 +87,9 @@ fi
 screen=$((860 + members * 190))x$((members * 380))
 start_display || exit 1
 "$build/quendal-conference" demo --dir "$demo" --members "$members" --seconds "$seconds" \
-    --screen "$screen" --before-end "import -window root '$demo/screenshot.png'"
+    --screen "$screen" --before-end "${DEMO_COMMAND:-import -window root '$demo/screenshot.png'}"
 status=$?
+[ -n "${DEMO_COMMAND:-}" ] && exit $status
 echo
 ls "$demo/screenshot.png" "$demo"/heard/*.wav || status=1
 exit $status

@@ -70,6 +70,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv)
     char* name = nullptr;
     char* class_name = nullptr;
     XtGetApplicationNameAndClass(display_, &name, &class_name);
+    VkAddInstalledDefaults(display_, class_name);
     base_ = XtVaAppCreateShell(name, class_name, applicationShellWidgetClass, display_,
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());

@@ -4,6 +4,7 @@
 #include <array>
 #include <clocale>
 #include <cstring>
+#include <filesystem>
 #include <langinfo.h>
 
 namespace {
@@ -68,4 +69,16 @@ void VkAddDefaults(Widget any, const char* component, VkResources defaults)
         return;
     XrmDatabase database = XtScreenDatabase(XtScreenOfObject(any));
     XrmCombineDatabase(added, &database, False);
+}
+
+void VkAddInstalledDefaults(Display* display, const char* class_name)
+{
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path file
+        = program.parent_path().parent_path() / "share/X11/app-defaults" / class_name;
+    if (error || !std::filesystem::is_regular_file(file, error))
+        return;
+    XrmDatabase database = XtScreenDatabase(DefaultScreenOfDisplay(display));
+    XrmCombineFileDatabase(file.c_str(), &database, False);
 }

@@ -22,3 +22,9 @@ void InitEZ();
 /// user and the application defaults file say for the same names. `component`
 /// may hold any characters, blanks and dots included. Later widgets see them.
 void VkAddDefaults(Widget any, const char* component, VkResources defaults);
+
+/// Adds the application defaults file that was installed with the program,
+/// ../share/X11/app-defaults/CLASS seen from the program's folder, beneath all
+/// that the toolkit has found by itself: it looks under /etc and /usr only.
+/// Without the file nothing happens.
+void VkAddInstalledDefaults(Display* display, const char* class_name);
