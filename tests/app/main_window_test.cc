@@ -83,6 +83,54 @@ TEST_F(MainWindowDeathTest, EveryWayOutLeavesNothingBehind)
     EXPECT_EXIT(leave(false, terminated), well, gone);
 }
 
+TEST(MainWindow, MenusHaveTheirTextsAndKeysAlsoThoseThatAreNotBuilt)
+{
+    QD_Program program;
+    struct {
+        const char* widget;
+        bool built;
+        const char* label;
+        const char* mnemonic;
+        const char* accelerator; // and its text begins with "Ctrl+"
+    } const cases[] = {
+        {"filePane", true, "File", "F", nullptr},
+        {"resetButton", false, "Reset Session", "R", "R"},
+        {"exitButton", true, "Exit", "x", "Q"},
+        {"editPane", true, "Edit", "E", nullptr},
+        {"optionsButton", true, "Options", "O", "O"},
+        {"viewPane", true, "View", "V", nullptr},
+        {"audioPanelButton", true, "Audio Panel", "P", nullptr},
+        {"statButton", true, "Statistics", "S", "S"},
+        {"toolsPane", false, "Tools", "T", nullptr},
+        {"chatButton", false, "Text Chat", "C", nullptr},
+        {"helpPane", false, "Help", "H", nullptr},
+        {"help_overview", false, "Overview", "O", nullptr},
+        {"directoryPane", false, "Directory", nullptr, nullptr},
+        {"usersButton", false, "Active Users", "U", nullptr},
+        {"confButton", false, "Conferences", "C", nullptr},
+    };
+    for (const auto& c : cases) {
+        const auto resource = [&](const char* name) -> std::string {
+            XrmValue value {};
+            char* type = nullptr;
+            const std::string whole = std::string("test.menu.") + c.widget + "." + name;
+            if (!XrmGetResource(XtDatabase(theApplication->display()), whole.c_str(),
+                    "Application.Menu.Entry.Resource", &type, &value))
+                return "";
+            return value.addr;
+        };
+        SCOPED_TRACE(c.widget);
+        EXPECT_EQ(program.find(c.widget) != nullptr, c.built);
+        EXPECT_EQ(resource("labelString"), c.label);
+        EXPECT_EQ(resource("mnemonic"), c.mnemonic ? c.mnemonic : "");
+        const std::string key = c.accelerator ? c.accelerator : "";
+        EXPECT_EQ(resource("accelerator"), key.empty() ? "" : "Ctrl<Key>" + key);
+        EXPECT_EQ(resource("acceleratorText"), key.empty() ? "" : "Ctrl+" + key);
+    }
+    delete mainWindow;
+    mainWindow = nullptr;
+}
+
 // What a key of the user's own calls.
 TEST(MainWindow, EveryOperationIsAnActionOfTheToolkit)
 {

@@ -53,6 +53,17 @@ UserData some_figures()
 
 }
 
+TEST(StatForm, HasItsLabels)
+{
+    Stat window;
+    const char* const labels[] = {"Received:", "Audio:", "Participants:", "Video:", "Received:",
+        "Lost:", "Late:", "Bandwidth:", "Total:", "Latency:", "Bandwidth:", "Frames/sec:", "Lost:"};
+    for (size_t i = 0; i < std::size(labels); ++i)
+        EXPECT_EQ(
+            qd_label(qd_find(window.baseWidget(), ("label" + std::to_string(14 + i)).c_str())),
+            labels[i]);
+}
+
 TEST(StatForm, ShowsTheFiguresOfBothMedia)
 {
     Stat window;
