@@ -251,6 +251,7 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
     QD_Client_Under_Test::Set_Up set_up;
     set_up.mic = "tone:440";
     QD_Client_Under_Test client(FRIEND, set_up);
+    ASSERT_TRUE(client.framework().settle()) << "and so it listens";
     EXPECT_EQ(QD_Session_Ref()->invite("user", qd_test_address(FRIEND).c_str()), 0);
     ASSERT_TRUE(run_until([] { return friends_sound() != nullptr; }));
 
