@@ -51,8 +51,10 @@ std::string invitation() { return message(62, 35, std::string(35, '\0')); }
 // A stranger's stream to us.
 class Stranger {
 public:
-    Stranger() : fd_(stream_socket(STRANGER, 0))
+    // `room`: bytes that the system receives ahead.
+    explicit Stranger(int room = 65536) : fd_(stream_socket(STRANGER, 0))
     {
+        ::setsockopt(fd_.get(), SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
         const sockaddr_in us = address(US, SIGNALLING_PORT);
         timeval bound {0, 100000};
         ::setsockopt(fd_.get(), SOL_SOCKET, SO_SNDTIMEO, &bound, sizeof bound);
@@ -134,9 +136,13 @@ void reset_in_the_middle(Going going)
 
 void open_a_thousand_streams(Going going)
 {
-    std::vector<Stranger> strangers(1000);
-    for (size_t i = 0; going; ++i)
-        strangers[i % strangers.size()].send(message(7, 0));
+    std::vector<std::unique_ptr<Stranger>> strangers;
+    for (size_t i = 0; going; ++i) {
+        if (i < 1000)
+            strangers.push_back(std::make_unique<Stranger>());
+        strangers[i % strangers.size()]->send(message(7, 0));
+    }
+    EXPECT_GT(strangers.size(), 128u) << "more than are let in";
 }
 
 // Everything that is printed meanwhile, a line for each message, goes nowhere.
@@ -251,6 +257,7 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
     QD_Client_Under_Test::Set_Up set_up;
     set_up.mic = "tone:440";
     QD_Client_Under_Test client(FRIEND, set_up);
+    ASSERT_TRUE(client.framework().settle()) << "and so it listens";
     EXPECT_EQ(QD_Session_Ref()->invite("user", qd_test_address(FRIEND).c_str()), 0);
     ASSERT_TRUE(run_until([] { return friends_sound() != nullptr; }));
 
@@ -302,14 +309,14 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
     absurd.send(message(5, 0x7fffffff));
     std::atomic<bool> deaf_ended = false;
     std::thread deaf([&] {
-        const Stranger stranger;
+        const Stranger stranger(2048);
         while (going && (stranger.send(invitation()) || errno == EAGAIN)) {}
         deaf_ended = true;
     });
-    {
-        const Quiet quiet;
-        EXPECT_TRUE(run_until([&] { return deaf_ended.load(); }));
-    }
+    auto quiet = std::make_unique<Quiet>();
+    run_until([&] { return deaf_ended.load(); });
+    quiet.reset();
+    EXPECT_TRUE(deaf_ended);
     EXPECT_TRUE(run_until([&] { return half.ended() && slow.ended() && absurd.ended(); }));
     going = false;
     drip.join();
