@@ -1,7 +1,7 @@
 #include "bench/video_link.h"
 
 #include "media/user_data.h"
-#include "platform/vl/quantiser.h"
+#include "platform/vl/link_coder.h"
 #include "video/pacing.h"
 
 #include <algorithm>
@@ -106,10 +106,11 @@ void fill_rates(const std::vector<Sent>& sent, double seconds, QD_Sent_Film& res
 QD_Sent_Film qd_send_film(const std::vector<QD_Bench_Picture>& film, const QD_Bench_Link& link,
     std::optional<double> constant)
 {
-    QD_Quantiser quantiser(link.kbps, link.fps);
-    QD_Picture_Encoder encoder(link.codec);
+    QD_Link_Coder coder(link.codec);
+    coder.open(link.kbps, link.fps);
+    QD_Picture_Encoder plain(link.codec);
+    plain.open(link.fps, QD_CODED_SIZE);
     QD_Picture_Decoder decoder(link.codec);
-    encoder.open(link.fps, constant ? QD_CODED_SIZE : quantiser.get_cap());
     Screen screen(film);
     decoder.get_last(chars(screen.picture));
     Pacer pacer(link);
@@ -122,16 +123,17 @@ QD_Sent_Film qd_send_film(const std::vector<QD_Bench_Picture>& film, const QD_Be
     for (int n = 0; now < seconds; ++n) {
         const auto newest = static_cast<size_t>(now * QD_SCENE_HZ + 1e-6);
         due = now + 1.0 / link.fps;
-        const double q = constant.value_or(quantiser.get());
-        char coded[QD_CODED_SIZE];
         const bool intra = n % INTRA_EVERY == 0;
-        const int size = encoder.encode(chars(film[newest]), intra, q, coded);
-        quantiser.coded(size);
+        const char* picture = chars(film[newest]);
+        if (now >= SETTLED)
+            coarsest = std::max(coarsest, coder.get_quantiser().get(false));
+        char coded[QD_CODED_SIZE];
+        const int size = constant ? plain.encode(picture, intra, *constant, coded)
+                                  : coder.encode(picture, intra, now, coded);
         now += CODING_SECONDS;
         screen.show_until(now);
         decoder.decode(coded, size, chars(screen.picture));
         sent.push_back({now, size, intra});
-        coarsest = now < SETTLED ? 0 : std::max(coarsest, q);
         now = std::max(now + pacer.pause(now, size), due);
     }
     screen.show_until(seconds);

@@ -3,7 +3,7 @@
 // clips and photographs that move. Says what is required and whether it is met.
 #include "bench/scenes.h"
 #include "bench/video_link.h"
-#include "platform/vl/quantiser.h"
+#include "platform/vl/link_coder.h"
 
 #include <algorithm>
 #include <array>
@@ -29,12 +29,11 @@ constexpr std::array<Required, 4> LINKS {{
     {{"H.261  120/10", QD_Codec::H261, 120, 10}, 1},
     {{"H.261 1500/10", QD_Codec::H261, 1500, 10}, 0},
 }};
-constexpr std::array CONSTANTS {
-    1., 2., 3., 4., 5., 6., 7., 8., 10., 12., 14., 17., 20., 24., 28., 31.};
+constexpr size_t CONSTANTS = 31; // quantisers 1 to 31
 
 struct Outcome {
     QD_Sent_Film ours;
-    std::array<double, CONSTANTS.size()> constants; // decibels
+    std::array<double, CONSTANTS> constants {}; // decibels
 };
 using Outcomes = std::vector<std::array<Outcome, LINKS.size()>>; // by scene
 
@@ -55,8 +54,9 @@ Outcomes send_all()
             for (size_t l = 0; !film.empty() && l < LINKS.size(); ++l) {
                 Outcome& outcome = outcomes[s][l];
                 outcome.ours = qd_send_film(film, LINKS[l].link, std::nullopt);
-                for (size_t q = 0; q < CONSTANTS.size(); ++q)
-                    outcome.constants[q] = qd_send_film(film, LINKS[l].link, CONSTANTS[q]).psnr;
+                for (size_t q = 0; q < CONSTANTS; ++q)
+                    outcome.constants[q]
+                        = qd_send_film(film, LINKS[l].link, static_cast<double>(q + 1)).psnr;
             }
         }
     };
@@ -73,7 +73,7 @@ template <class Which>
 double print_gain(const Outcomes& outcomes, size_t l, const char* title, Which which)
 {
     double ours = 0;
-    std::array<double, CONSTANTS.size()> sums {};
+    std::array<double, CONSTANTS> sums {};
     int count = 0;
     for (size_t s = 0; s < outcomes.size(); ++s) {
         if (!which(qd_scenes()[s]))
@@ -86,9 +86,8 @@ double print_gain(const Outcomes& outcomes, size_t l, const char* title, Which w
     }
     const auto best = std::max_element(sums.begin(), sums.end());
     const double gain = (ours - *best) / count;
-    printf("%s  %-12s %5.2f dB, best constant (%2.0f) %5.2f dB: %+.2f dB\n", LINKS[l].link.name,
-        title, ours / count, CONSTANTS[static_cast<size_t>(best - sums.begin())], *best / count,
-        gain);
+    printf("%s  %-12s %5.2f dB, best constant (%2d) %5.2f dB: %+.2f dB\n", LINKS[l].link.name,
+        title, ours / count, static_cast<int>(best - sums.begin()) + 1, *best / count, gain);
     return gain;
 }
 
@@ -104,9 +103,9 @@ bool print_link(const Outcomes& outcomes, size_t l)
         const bool steady = ours.burst_kbps <= 2 * link.kbps;
         ok = ok && band && steady;
         printf("%s  %-12s %5.2f dB %5.2f fps %6.1f kbit/s, fullest second %6.1f, largest %4d; "
-               "its best constant (%2.0f) %5.2f dB%s%s\n",
+               "its best constant (%2d) %5.2f dB%s%s\n",
             link.name, qd_scenes()[s].name, ours.psnr, ours.fps, ours.kbps, ours.burst_kbps,
-            ours.largest, CONSTANTS[static_cast<size_t>(best - outcome.constants.begin())], *best,
+            ours.largest, static_cast<int>(best - outcome.constants.begin()) + 1, *best,
             band ? "" : "  OUT OF BAND", steady ? "" : "  BURST");
     }
     print_gain(outcomes, l, "tuned on", [](const QD_Scene& scene) { return !scene.is_held_back; });
@@ -136,9 +135,8 @@ bool time_codecs(const QD_Scene& scene)
     bool ok = true;
     const auto film = scene.film(CLIPS, SECONDS);
     for (const auto& [link, gain] : LINKS) {
-        QD_Quantiser quantiser(link.kbps, link.fps);
-        QD_Picture_Encoder encoder(link.codec);
-        encoder.open(link.fps, quantiser.get_cap());
+        QD_Link_Coder coder(link.codec);
+        coder.open(link.kbps, link.fps);
         QD_Picture_Decoder decoder(link.codec);
         std::vector<std::string> pictures;
         char coded[QD_CODED_SIZE];
@@ -147,8 +145,8 @@ bool time_codecs(const QD_Scene& scene)
             const auto& picture
                 = film[i * QD_SCENE_HZ / static_cast<size_t>(link.fps) % film.size()];
             const auto* bytes = reinterpret_cast<const char*>(picture.data());
-            const int size = encoder.encode(bytes, i % 10 == 0, quantiser.get(), coded);
-            quantiser.coded(size);
+            const double now = static_cast<double>(i) / link.fps;
+            const int size = coder.encode(bytes, i % 10 == 0, now, coded);
             pictures.emplace_back(coded, static_cast<size_t>(size));
         });
         const double decode = median_ms(TIMES, [&](size_t i) {
