@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <string>
 #include <thread>
 
@@ -86,7 +86,7 @@ double print_gain(const Outcomes& outcomes, size_t l, const char* title, Which w
     }
     const auto best = std::max_element(sums.begin(), sums.end());
     const double gain = (ours - *best) / count;
-    printf("%s  %-12s %5.2f dB, best constant (%2d) %5.2f dB: %+.2f dB\n", LINKS[l].link.name,
+    printf("%s  %-12s %5.2f dB, best constant (%2d) %5.2f dB: %+.3f dB\n", LINKS[l].link.name,
         title, ours / count, static_cast<int>(best - sums.begin()) + 1, *best / count, gain);
     return gain;
 }
@@ -115,14 +115,21 @@ bool print_link(const Outcomes& outcomes, size_t l)
     return ok && gain >= LINKS[l].gain;
 }
 
+// The processor's time, since others may want it too.
+double cpu_ms()
+{
+    timespec now {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
 template <class Work> double median_ms(size_t times, Work work)
 {
     std::vector<double> took;
     for (size_t i = 0; i < times; ++i) {
-        const auto start = std::chrono::steady_clock::now();
+        const double start = cpu_ms();
         work(i);
-        const auto end = std::chrono::steady_clock::now();
-        took.push_back(std::chrono::duration<double, std::milli>(end - start).count());
+        took.push_back(cpu_ms() - start);
     }
     const auto middle = took.begin() + static_cast<long>(times / 2);
     std::nth_element(took.begin(), middle, took.end());

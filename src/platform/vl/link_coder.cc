@@ -1,5 +1,7 @@
 #include "platform/vl/link_coder.h"
 
+#include <algorithm>
+
 int QD_Link_Coder::open(double kbps, int fps)
 {
     quantiser_ = QD_Quantiser(kbps, fps);
@@ -10,13 +12,16 @@ int QD_Link_Coder::open(double kbps, int fps)
 // Remembers the picture. Returns the mean square of what has changed in it.
 double QD_Link_Coder::change_to(const char* picture)
 {
+    const bool is_first = last_.empty();
+    last_.resize(QD_LUMA_SIZE);
+    char* const last = last_.data();
     int sum = 0;
-    for (size_t i = 0; i < last_.size(); ++i) {
-        const int d = static_cast<uint8_t>(picture[i]) - static_cast<uint8_t>(last_[i]);
+    for (int i = 0; i < QD_LUMA_SIZE; ++i) {
+        const int d = static_cast<uint8_t>(picture[i]) - static_cast<uint8_t>(last[i]);
         sum += d * d;
     }
-    last_.assign(picture, picture + QD_LUMA_SIZE);
-    return static_cast<double>(sum) / QD_LUMA_SIZE;
+    std::copy_n(picture, QD_LUMA_SIZE, last);
+    return is_first ? 0 : static_cast<double>(sum) / QD_LUMA_SIZE;
 }
 
 int QD_Link_Coder::encode(const char* picture, bool intra, double now, char* out)

@@ -34,6 +34,10 @@ constexpr double NEWEST_SHARE = 0.5;
 constexpr double LIVELY_RATIO = 3; // from here on finer intra pictures pay
 constexpr double CALMNESS_POWER = 0.25;
 constexpr double FINEST_INTRA_SHARE = 0.6;
+constexpr double SAME_QUANTISER = 1.05;
+constexpr int LONG = QD_CODED_SIZE / 3;
+constexpr double CLEARLY_LESS = 0.9;
+constexpr int MOST_FAILURES = 4;
 constexpr double REACTION = 0.5;
 constexpr double FINEST_STEP = 0.8;
 constexpr double COARSEST_STEP = 1.25;
@@ -53,7 +57,9 @@ QD_Quantiser::QD_Quantiser(double kbps, int fps) :
 
 double QD_Quantiser::get(bool is_intra) const
 {
-    return is_intra ? std::max(q_ * intra_share_, FINEST) : q_;
+    if (is_intra)
+        return std::max(q_ * intra_share_, FINEST);
+    return std::max(q_, rest_ > 0 ? fitting_ : fitting_ - 1);
 }
 
 int QD_Quantiser::get_intra_room() const
@@ -82,6 +88,8 @@ void QD_Quantiser::coded(const QD_Coded_Picture& picture)
         follow_motion(picture, gap);
         aim(picture, gap);
     }
+    if (!picture.is_intra)
+        follow_fit(picture);
     follow_sizes(picture);
     std::erase_if(last_second_, [&](const auto& old) { return old.at <= picture.at - 1; });
     last_second_.push_back(picture);
@@ -121,6 +129,25 @@ double QD_Quantiser::get_mean_size() const
         = std::min<double>(intra_cost_ / std::pow(get(true), INTRA_POWER), get_intra_room());
     const double predicted = predicted_cost_ / std::pow(q_, PREDICTED_POWER);
     return (intra + (PERIOD - 1) * predicted) / PERIOD;
+}
+
+// A picture that turns out too long is coded again, which takes its time: what
+// failed several times in a row is tried again more and more seldom.
+void QD_Quantiser::follow_fit(const QD_Coded_Picture& picture)
+{
+    const double asked = get(false);
+    const bool has_failed = picture.size > LONG && picture.quantiser > asked * SAME_QUANTISER;
+    if (has_failed) {
+        failures_ = std::min(failures_ + 1, MOST_FAILURES);
+        rest_ = failures_ - 1;
+        failed_size_ = picture.size;
+    } else if (rest_ > 0) {
+        rest_ = picture.size < CLEARLY_LESS * failed_size_ ? 0 : rest_ - 1;
+    } else {
+        failures_ = 0;
+    }
+    if (has_failed || rest_ == 0)
+        fitting_ = has_failed ? picture.quantiser : asked;
 }
 
 void QD_Quantiser::settle(double finest_step, double coarsest_step)
