@@ -121,7 +121,9 @@ void QD_Picture_Encoder::set_next_room(int bytes, bool is_shared)
     if (c == nullptr)
         return;
     const int bits = std::max(bytes, 0) * 8;
-    const int64_t more = is_shared ? bits - room_ : WHOLE_BUFFER;
+    // What takes more than its room, even at the coarsest, will do so again.
+    const int taken = std::max(room_, packet_->size * 8);
+    const int64_t more = is_shared ? bits - taken : WHOLE_BUFFER;
     c->rc_buffer_size = is_shared ? WHOLE_BUFFER : bits + 1;
     c->rc_max_rate = more == 0 ? 1 : more * c->time_base.den; // 0 stands for no buffer
     c->rc_min_rate = is_shared ? c->rc_max_rate : -c->rc_max_rate;

@@ -145,7 +145,7 @@ TEST_P(Codec, PicturesKeepToTheRoomThatIsLeft)
         EXPECT_TRUE(n <= room || encoder.get_quantiser() > 30) << i << ": " << n << " of " << room;
         EXPECT_GT(n, std::min(room, 2000) / 4) << "nor are they coarser than need be: " << i;
         EXPECT_GT(encoder.get_error(), 0);
-        room = is_shared ? shared - n : 5000;
+        room = is_shared && n <= room ? shared - n : 5000; // too long a one is only guessed at
     }
 }
 
