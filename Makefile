@@ -33,6 +33,7 @@ sanitize:
 # Figures, with the budgets beside them.
 BENCHES = bench_control_loop bench_display bench_video
 bench: build
+	@tools/bench-clips.sh $(BUILD)/bench-clips
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
 	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done
 

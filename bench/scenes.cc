@@ -1,208 +1,220 @@
 #include "bench/scenes.h"
 
+#include "bench/photo.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <numbers>
+#include <string>
 
 namespace {
 
 constexpr double TURN = 2 * std::numbers::pi;
 
-struct Colour {
-    double y, u, v;
-};
-
-uint32_t hash(uint32_t x, uint32_t y, uint32_t z)
+std::string path_of(const char* dir, const char* name)
 {
-    uint32_t h = x * 0x9e3779b1U ^ y * 0x85ebca77U ^ z * 0xc2b2ae3dU;
-    h = (h ^ h >> 15) * 0x2c1b3c6dU;
-    h = (h ^ h >> 12) * 0x297a2d39U;
-    return h ^ h >> 15;
+    return std::string(dir) + "/" + name + ".yuv";
 }
 
-// -1..1, the same for the same cell.
-double noise(int x, int y, int z)
+// A clip of `hz` pictures a second; at its end it runs backwards.
+std::vector<QD_Bench_Picture> play(const std::string& path, double hz, int seconds)
 {
-    return hash(static_cast<uint32_t>(x), static_cast<uint32_t>(y), static_cast<uint32_t>(z))
-        / 2147483648.0
-        - 1;
-}
-
-// Noise between the cells, smoothly.
-double smooth_noise(double x, double y, int seed)
-{
-    const int ix = static_cast<int>(std::floor(x));
-    const int iy = static_cast<int>(std::floor(y));
-    const double fx = x - ix;
-    const double fy = y - iy;
-    const double wx = fx * fx * (3 - 2 * fx);
-    const double wy = fy * fy * (3 - 2 * fy);
-    const double top = std::lerp(noise(ix, iy, seed), noise(ix + 1, iy, seed), wx);
-    const double bottom = std::lerp(noise(ix, iy + 1, seed), noise(ix + 1, iy + 1, seed), wx);
-    return std::lerp(top, bottom, wy);
-}
-
-double texture(double x, double y, int seed)
-{
-    double sum = 0;
-    double weight = 1;
-    for (double scale : {48.0, 20.0, 9.0, 4.0}) {
-        sum += weight * smooth_noise(x / scale, y / scale, seed++);
-        weight *= 0.6;
+    std::ifstream in(path, std::ios::binary);
+    const std::vector<unsigned char> bytes {std::istreambuf_iterator<char>(in), {}};
+    const auto count = static_cast<long>(bytes.size() / QD_PICTURE_SIZE);
+    std::vector<QD_Bench_Picture> film;
+    for (int i = 0; count > 1 && i < seconds * QD_SCENE_HZ; ++i) {
+        const long at = static_cast<long>(i * hz / QD_SCENE_HZ) % (2 * count - 2);
+        const auto first = bytes.begin() + std::min(at, 2 * count - 2 - at) * QD_PICTURE_SIZE;
+        film.emplace_back(first, first + QD_PICTURE_SIZE);
     }
-    return sum;
+    return film;
 }
 
-template <class Paint> QD_Bench_Picture paint(Paint colour_at)
+template <class View_At>
+std::vector<QD_Bench_Picture> shoot(const QD_Photo& photo, int seconds, View_At view_at)
 {
-    QD_Bench_Picture out(QD_PICTURE_SIZE);
-    const auto byte = [](double value) {
-        return static_cast<unsigned char>(std::clamp(std::lround(value), 16L, 240L));
-    };
-    for (int y = 0; y < QD_PICTURE_HEIGHT; ++y) {
-        for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
-            const Colour c = colour_at(x, y);
-            out[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)] = byte(c.y);
-            if (x % 2 != 0 || y % 2 != 0)
-                continue;
-            const auto at = static_cast<size_t>(y / 2 * QD_CHROMA_WIDTH + x / 2);
-            out[QD_U_OFFSET + at] = byte(c.u);
-            out[QD_V_OFFSET + at] = byte(c.v);
-        }
-    }
-    return out;
+    std::vector<QD_Bench_Picture> film;
+    for (int i = 0; !photo.bytes.empty() && i < seconds * QD_SCENE_HZ; ++i)
+        film.push_back(qd_take_picture(photo, view_at(i / double(QD_SCENE_HZ)), i));
+    return film;
 }
 
-double grain(int x, int y, double t, double strength)
+// -1..1, never the same again for long.
+double drift(double t, double hz, double phase)
 {
-    return strength * noise(x, y, static_cast<int>(std::lround(t * 30)) + 1000);
+    return 0.6 * std::sin(TURN * hz * t + phase) + 0.4 * std::sin(TURN * hz * 2.37 * t + 2 * phase);
 }
 
-// 0 outside an ellipse, 1 inside, soft between.
-double ellipse(double x, double y, double cx, double cy, double rx, double ry)
+// 0..1: how far the jaw is open of someone who speaks and pauses.
+double jaw(double t)
 {
-    const double d = std::hypot((x - cx) / rx, (y - cy) / ry);
-    return std::clamp((1.05 - d) * 12, 0.0, 1.0);
+    const double speaks = std::clamp(1.5 * (std::sin(t * 0.7) + std::sin(t * 0.31 + 1)), 0.0, 1.0);
+    return speaks * std::abs(std::sin(t * 13) * std::sin(t * 5.3 + 1));
 }
 
-Colour over(Colour below, Colour above, double share)
+double blink(double t) { return std::fmod(t, 3.1) < 0.14 ? 1 : 0; }
+
+// Goes from one whole number to the next within `move` of `rest + move` seconds.
+double steps(double t, double rest, double move)
 {
-    return {std::lerp(below.y, above.y, share), std::lerp(below.u, above.u, share),
-        std::lerp(below.v, above.v, share)};
+    const double n = t / (rest + move);
+    const double part = std::clamp((n - std::floor(n)) * (rest + move) / move, 0.0, 1.0);
+    return std::floor(n) + part * part * (3 - 2 * part);
 }
 
-// Someone speaking before a shelf: sways, nods, blinks, moves the lips; sensor noise.
-QD_Bench_Picture talking_head(double t)
+// There and back between 0 and `width`.
+double there_and_back(double x, double width)
 {
-    const double sway = 7 * std::sin(t * 0.9) + 3 * std::sin(t * 2.3);
-    const double nod = 3 * std::sin(t * 1.7) + 1.5 * std::sin(t * 4.1);
-    const double mouth = 2.5 + 2.5 * std::sin(t * 11) * std::sin(t * 1.3);
-    const double lid = std::fmod(t, 3.1) < 0.15 ? 0.6 : 2.6;
-    return paint([=](int x, int y) {
-        Colour c {95 + 28 * texture(x, y, 5) + (x / 22 % 2 != 0 ? 14 : 0), 122, 132};
-        const double cx = 88 + sway;
-        const double cy = 62 + nod;
-        const double cloth = 70 + 16 * std::sin((x - sway * 0.7) * 0.9 + y * 0.4);
-        c = over(c, {cloth, 140, 112}, ellipse(x, y, 88 + sway * 0.7, 150, 62, 52));
-        c = over(c, {48 + 10 * texture(x - sway, y - nod, 9), 126, 132},
-            ellipse(x, y, cx, cy - 8, 31, 38));
-        const double skin = 165 + 14 * texture(x - sway, y - nod, 3) - (x - cx) * 0.5;
-        c = over(c, {skin, 112, 152}, ellipse(x, y, cx, cy + 2, 26, 33));
-        for (double side : {-10.0, 10.0})
-            c = over(c, {45, 128, 128}, ellipse(x, y, cx + side, cy - 4, 4, lid));
-        c = over(c, {80, 116, 165}, ellipse(x, y, cx, cy + 19, 9, std::abs(mouth) + 0.6));
-        c.y += grain(x, y, t, 3);
-        return c;
+    const double at = std::fmod(x, 2 * width);
+    return at < width ? at : 2 * width - at;
+}
+
+// Static camera: pedestrians, far away.
+std::vector<QD_Bench_Picture> street(const char* dir, int seconds)
+{
+    return play(path_of(dir, "street"), 10, seconds);
+}
+
+// A film: two people talk at a table, with cuts.
+std::vector<QD_Bench_Picture> dialogue(const char* dir, int seconds)
+{
+    return play(path_of(dir, "dialogue"), 23.976, seconds);
+}
+
+// A recorded screen: windows open, the pointer moves.
+std::vector<QD_Bench_Picture> desktop(const char* dir, int seconds)
+{
+    return play(path_of(dir, "desktop"), 15, seconds);
+}
+
+// Someone who speaks, nods and sways before the camera.
+std::vector<QD_Bench_Picture> speaker(const char* dir, int seconds)
+{
+    const QD_Photo photo = qd_read_photo(path_of(dir, "portrait"), 198, 162);
+    return shoot(photo, seconds, [](double t) {
+        QD_View view {99, 80, 1, 1, 1.5, {}};
+        const double sway = 5 * drift(t, 0.19, 0);
+        const double nod = 3 * drift(t, 0.45, 1) * (jaw(t) > 0 ? 1 : 0.4);
+        view.shifts = {{98, 62, 60, 75, sway, nod}, {98, 160, 95, 70, sway / 2, 0},
+            {98, 70, 16, 12, 0, 3.5 * jaw(t)}, {98, 46, 16, 5, 0, 2.5 * blink(t)}};
+        return view;
     });
 }
 
-// A slow pan over a detailed wall.
-QD_Bench_Picture pan(double t)
+// Someone turns the camera round, hand-held, resting now and then.
+std::vector<QD_Bench_Picture> look_round(const char* dir, int seconds)
 {
-    const double dx = 60 * std::sin(t * 0.35);
-    const double dy = 25 * std::sin(t * 0.22);
-    return paint([=](int x, int y) {
-        const double u = x + dx;
-        const double v = y + dy;
-        return Colour {120 + 55 * texture(u, v, 21), 128 + 18 * smooth_noise(u / 30, v / 30, 31),
-            128 + 18 * smooth_noise(u / 26, v / 26, 32)};
+    const QD_Photo photo = qd_read_photo(path_of(dir, "lane"), 376, 282);
+    return shoot(photo, seconds, [](double t) {
+        return QD_View {95 + 60 * there_and_back(steps(t, 2.5, 2.5), 3) + 1.5 * drift(t, 1.3, 0),
+            141 + 40 * drift(t, 0.05, 2) + 1.2 * drift(t, 1.7, 1), 1, 1, 2, {}};
     });
 }
 
-// A chart that turns and comes nearer.
-QD_Bench_Picture zoom(double t)
+// A workshop by a hand-held camera that never quite rests.
+std::vector<QD_Bench_Picture> workshop(const char* dir, int seconds)
 {
-    const double turn = 0.35 * std::sin(t * 0.5);
-    const double scale = 1 + 0.25 * std::sin(t * 0.4);
-    return paint([=](int x, int y) {
-        const double rx = (x - 88) * scale;
-        const double ry = (y - 72) * scale;
-        const double u = rx * std::cos(turn) - ry * std::sin(turn);
-        const double v = rx * std::sin(turn) + ry * std::cos(turn);
-        const double rings = std::sin(std::hypot(u, v) * 0.35);
-        const double spokes = std::sin(std::atan2(v, u) * 8);
-        return Colour {126 + 60 * rings + 20 * spokes, 128 + 30 * std::sin(u / 25),
-            128 + 30 * std::sin(v / 25)};
+    const QD_Photo photo = qd_read_photo(path_of(dir, "workshop"), 264, 178);
+    return shoot(photo, seconds, [](double t) {
+        return QD_View {132 + 12 * drift(t, 0.11, 0) + 2 * drift(t, 1.1, 1),
+            89 + 4 * drift(t, 0.13, 1) + 1.5 * drift(t, 1.4, 2), 1.15 + 0.12 * drift(t, 0.08, 3), 1,
+            2.5, {}};
     });
 }
 
-// Lines of writing that scroll now and then.
-QD_Bench_Picture text(double t)
+// Two people stand in a room and gesture; the lamp flickers a little.
+std::vector<QD_Bench_Picture> meeting(const char* dir, int seconds)
 {
-    const double eased = std::fmod(t, 2.0) < 0.6 ? std::fmod(t, 2.0) / 0.6 : 1.0;
-    const int scroll = static_cast<int>(36 * (std::floor(t / 2) + eased));
-    return paint([=](int x, int y) {
-        const int row = (y + scroll) / 12;
-        const int line = (y + scroll) % 12;
-        const int column = x / 6;
-        const bool within = line >= 2 && line < 10 && column < 8 + std::abs(row * 7 % 20);
-        const bool blank = noise(column, row, 77) < -0.6;
-        const bool stroke = noise(x, (row * 12 + line) / 2, 78) > 0.1 && x % 6 != 0;
-        return Colour {within && !blank && stroke ? 40.0 : 215.0, 128, 128};
+    const QD_Photo photo = qd_read_photo(path_of(dir, "room"), 208, 156);
+    return shoot(photo, seconds, [](double t) {
+        QD_View view {104, 76, 1.08, 1 + 0.01 * drift(t, 3.1, 0), 2, {}};
+        const double left = t - 12 * std::floor(t / 12) < 6 ? 1 : 0.15;
+        const double right = 1.15 - left;
+        view.shifts = {{30, 78, 34, 90, 6 * left * drift(t, 0.3, 0), 2 * left * drift(t, 0.5, 1)},
+            {42, 40, 18, 22, 5 * left * drift(t, 1.1, 2), 6 * left * drift(t, 0.9, 3)},
+            {176, 86, 42, 95, 7 * right * drift(t, 0.25, 4), 2 * right * drift(t, 0.6, 5)},
+            {150, 70, 22, 26, 6 * right * drift(t, 1.0, 6), 6 * right * drift(t, 1.2, 0)}};
+        return view;
     });
 }
 
-// Two people pass each other before a still room; the light changes slowly.
-QD_Bench_Picture passing(double t)
+// The same pedestrians later, from nearer.
+std::vector<QD_Bench_Picture> crossing(const char* dir, int seconds)
 {
-    return paint([=](int x, int y) {
-        Colour c {105 + 38 * texture(x, y, 41) + 8 * std::sin(t * 0.6), 120, 130};
-        const double left = std::fmod(t * 22, 260) - 42;
-        const double right = 218 - std::fmod(t * 17, 260);
-        c = over(
-            c, {70 + 30 * texture(x - left, y, 51), 145, 110}, ellipse(x, y, left, 95, 24, 62));
-        c = over(
-            c, {160 + 25 * texture(x - right, y, 61), 108, 150}, ellipse(x, y, right, 100, 20, 58));
-        c.y += grain(x, y, t, 2);
-        return c;
+    return play(path_of(dir, "crossing"), 10, seconds);
+}
+
+// A film: one face fills the picture.
+std::vector<QD_Bench_Picture> close_up(const char* dir, int seconds)
+{
+    return play(path_of(dir, "close-up"), 23.976, seconds);
+}
+
+// Someone walks up to a house and back.
+std::vector<QD_Bench_Picture> walk(const char* dir, int seconds)
+{
+    const QD_Photo photo = qd_read_photo(path_of(dir, "hotel"), 376, 260);
+    return shoot(photo, seconds, [](double t) {
+        return QD_View {190 + 25 * drift(t, 0.07, 1) + 2 * drift(t, 0.9, 0),
+            125 + 12 * drift(t, 0.09, 0) + 2.5 * drift(t, 1.8, 2), 1.1 - 0.3 * std::cos(t * 0.3), 1,
+            2, {}};
     });
 }
 
-// A hand-held camera: all of it trembles, and one thing turns in the middle.
-QD_Bench_Picture handheld(double t)
+// Someone shows a board to a cheap camera; a lamp is switched now and then.
+std::vector<QD_Bench_Picture> office(const char* dir, int seconds)
 {
-    const double dx = 2.5 * std::sin(t * TURN * 1.1) + 1.2 * std::sin(t * TURN * 2.7);
-    const double dy = 2 * std::sin(t * TURN * 0.8 + 1);
-    return paint([=](int x, int y) {
-        const double u = x + dx;
-        const double v = y + dy;
-        Colour c {115 + 45 * texture(u, v, 71), 124, 126};
-        const double angle = std::atan2(v - 72, u - 88) + t * 1.5;
-        c = over(
-            c, {std::sin(angle * 6) > 0 ? 190.0 : 60.0, 100, 160}, ellipse(u, v, 88, 72, 30, 30));
-        c.y += grain(x, y, t, 3);
-        return c;
+    const QD_Photo photo = qd_read_photo(path_of(dir, "office"), 208, 156);
+    return shoot(photo, seconds, [](double t) {
+        QD_View view {104, 76, 1.06, std::fmod(t, 14) < 8 ? 1 : 0.8, 3.5, {}};
+        const double shows = std::fmod(t, 9) < 4 ? 1 : 0.1;
+        view.shifts = {{122, 60, 80, 75, 8 * shows * drift(t, 0.35, 0), 5 * drift(t, 0.3, 1)},
+            {122, 130, 60, 45, 3 * drift(t, 0.2, 2), 0}};
+        return view;
+    });
+}
+
+// A calm face.
+std::vector<QD_Bench_Picture> listener(const char* dir, int seconds)
+{
+    const QD_Photo photo = qd_read_photo(path_of(dir, "cat"), 264, 176);
+    return shoot(photo, seconds, [](double t) {
+        QD_View view {118, 84, 1, 1, 1, {}};
+        const double nod = std::fmod(t, 8) < 1.2 ? 2.5 * std::sin(t * 9) : 0;
+        view.shifts = {{112, 84, 105, 90, 2 * drift(t, 0.1, 0), nod},
+            {67, 43, 22, 6, 0, 3 * blink(t)}, {145, 50, 22, 6, 0, 3 * blink(t)}};
+        return view;
+    });
+}
+
+// A page is shared and moved on every few seconds.
+std::vector<QD_Bench_Picture> page(const char* dir, int seconds)
+{
+    const QD_Photo photo = qd_read_photo(path_of(dir, "page"), 384, 190);
+    return shoot(photo, seconds, [](double t) {
+        return QD_View {90 + std::round(50 * there_and_back(steps(t, 3.4, 0.6), 4)),
+            80 + std::round(30 * there_and_back(steps(t + 2, 7.2, 0.8), 1)), 1, 1, 0, {}};
     });
 }
 
 constexpr QD_Scene SCENES[] = {
-    {"talking head", talking_head},
-    {"pan", pan},
-    {"zoom", zoom},
-    {"text", text},
-    {"passing", passing},
-    {"hand-held", handheld},
+    {"street", false, street},
+    {"dialogue", false, dialogue},
+    {"workshop", false, workshop},
+    {"desktop", false, desktop},
+    {"speaker", false, speaker},
+    {"look round", false, look_round},
+    {"meeting", false, meeting},
+    {"crossing", true, crossing},
+    {"close-up", true, close_up},
+    {"walk", true, walk},
+    {"office", true, office},
+    {"listener", true, listener},
+    {"page", true, page},
 };
 
 }

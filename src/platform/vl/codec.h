@@ -29,9 +29,20 @@ public:
     /// QD_CODED_SIZE, or -1.
     int encode(const char* picture, bool intra, double quantiser, char* out);
 
+    /// Between open() and close(), before encode(): in place of the cap, the
+    /// picture after the one about to be coded should take so many bytes at
+    /// most, less those of that one if `is_shared`.
+    void set_next_room(int bytes, bool is_shared);
+
+    /// Of the last picture: the quantiser it was coded with in the end, and the
+    /// mean square of the error in its luminance.
+    double get_quantiser() const;
+    double get_error() const;
+
 private:
     int code_once(const char* picture, bool intra, double quantiser);
     int code_softened(const char* picture);
+    void count_room(int size);
 
     const QD_Codec codec_;
     QD_Av_Codec context_;
@@ -39,6 +50,7 @@ private:
     QD_Av_Packet packet_;
     bool intra_next_ = true;
     int64_t number_ = 0;
+    int room_ = 0; // bits that the next picture may take
 };
 
 /// Fills a picture with black.

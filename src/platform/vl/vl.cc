@@ -1,9 +1,10 @@
 #include "platform/vl/vl.h"
 
+#include "platform/net/clock.h"
 #include "platform/vl/camera.h"
 #include "platform/vl/capture.h"
 #include "platform/vl/codec.h"
-#include "platform/vl/quantiser.h"
+#include "platform/vl/link_coder.h"
 
 #include <algorithm>
 #include <array>
@@ -23,20 +24,14 @@ bool is_qcif(int width, int height)
 /// One codec with all its streams.
 class Coder {
 public:
-    explicit Coder(QD_Codec codec) : codec_(codec), encoder_(codec) {}
+    explicit Coder(QD_Codec codec) : codec_(codec), coder_(codec) {}
 
-    int open_encoder(double kbps, int fps)
-    {
-        quantiser_ = QD_Quantiser(kbps, fps);
-        return encoder_.open(fps, quantiser_.get_cap());
-    }
+    int open_encoder(double kbps, int fps) { return coder_.open(kbps, fps); }
 
     int encode(const char* picture, bool intra, char* out)
     {
-        const int size = encoder_.encode(picture, intra, quantiser_.get(), out);
-        if (size > 0)
-            quantiser_.coded(size);
-        return size;
+        const auto now = QD_Clock::real().now().time_since_epoch();
+        return coder_.encode(picture, intra, std::chrono::duration<double>(now).count(), out);
     }
 
     // Null for an id that is no stream's.
@@ -54,14 +49,13 @@ public:
 
     void forget_all()
     {
-        encoder_.close();
+        coder_.close();
         decoders_ = {};
     }
 
 private:
     const QD_Codec codec_;
-    QD_Picture_Encoder encoder_;
-    QD_Quantiser quantiser_;
+    QD_Link_Coder coder_;
     std::array<std::unique_ptr<QD_Picture_Decoder>, QD_STREAMS> decoders_;
 };
 

@@ -130,6 +130,25 @@ TEST_P(Codec, ACapMakesPicturesCoarserNotWorseThanThat)
     }
 }
 
+TEST_P(Codec, PicturesKeepToTheRoomThatIsLeft)
+{
+    QD_Picture_Encoder encoder(GetParam());
+    ASSERT_EQ(encoder.open(10, 5000), 0);
+    const int shared = 3000;
+    int room = 5000;
+    for (int i = 0; i < 40; ++i) {
+        char out[QD_CODED_SIZE];
+        const bool is_shared = i % 4 != 3; // every fourth picture starts from 5000 again
+        encoder.set_next_room(is_shared ? shared : 5000, is_shared);
+        const int n = encoder.encode(qd_test_picture(i * 9).data(), i % 20 == 0, 1, out);
+        ASSERT_GT(n, 0);
+        EXPECT_TRUE(n <= room || encoder.get_quantiser() > 30) << i << ": " << n << " of " << room;
+        EXPECT_GT(n, std::min(room, 2000) / 4) << "nor are they coarser than need be: " << i;
+        EXPECT_GT(encoder.get_error(), 0);
+        room = is_shared && n <= room ? shared - n : 5000; // too long a one is only guessed at
+    }
+}
+
 TEST_P(Codec, AnEncoderThatIsNotOpenCodesNothing)
 {
     QD_Picture_Encoder encoder(GetParam());
