@@ -4,6 +4,7 @@
 #include "platform/vk/text.h"
 #include "signalling/options.h"
 #include "signalling/session_control.h"
+#include "ui/options_window.h"
 
 #include <Xm/Scale.h>
 #include <Xm/ToggleB.h>
@@ -142,7 +143,10 @@ void MainForm::micScale(Widget, XtPointer)
 
 void MainForm::userSelected(Widget, XtPointer) {}
 
-void MainForm::options(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::options"); }
+void MainForm::options(Widget, XtPointer)
+{
+    (new OptionsWindowMainWindow("optionsWindow"))->show(); // its buttons delete it
+}
 
 void MainForm::statistics(Widget, XtPointer) { _statistics->show(); }
 
