@@ -1,5 +1,6 @@
 #include "ui/main_form.h"
 
+#include "platform/vk/app.h"
 #include "platform/vk/notice.h"
 #include "platform/vk/text.h"
 #include "signalling/options.h"
@@ -46,7 +47,13 @@ MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
     start_camera_ = XmToggleButtonGetState(_toggle);
 }
 
-MainForm::~MainForm() { delete _statistics; }
+MainForm::~MainForm()
+{
+    delete _statistics;
+    for (VkSimpleWindow* window : std::vector(theApplication->windows()))
+        if (dynamic_cast<OptionsWindowMainWindow*>(window))
+            delete window;
+}
 
 void MainForm::setStatus(const char* text) { VkSetText(_statusText, text); }
 

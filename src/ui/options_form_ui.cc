@@ -60,6 +60,12 @@ void OptionsFormUI::createButtons()
         _okOptButton, XmNbottomOffset, MARGIN, nullptr);
     XtVaSetValues(
         _optionsForm, XmNdefaultButton, _okOptButton, XmNcancelButton, _cancelOptButton, nullptr);
+    // The frame around the default button takes room of which the form has not heard.
+    for (const auto& button : buttons) {
+        XtWidgetGeometry wanted {};
+        XtQueryGeometry(*button.field, nullptr, &wanted);
+        XtVaSetValues(*button.field, XmNheight, wanted.height, nullptr);
+    }
 }
 
 void OptionsFormUI::applyOptionsCallback(Widget w, XtPointer self, XtPointer call_data)

@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr double MARGIN = 3;
 constexpr double ARC_WIDTH = 4;
 constexpr double ARC_TO_KNOB = 4;
 constexpr double POINTER_WIDTH = 3;
@@ -82,7 +83,8 @@ struct Dial {
 
 void VkPaintDial(XImage& image, const VkDialColours& colours, const VkDialAngles& angles)
 {
-    const Dial dial {image, colours, angles, std::min(image.width, image.height) / 2.0 - 1};
+    const double radius = std::min(image.width, image.height) / 2.0 - MARGIN;
+    const Dial dial {image, colours, angles, radius};
     for (int y = 0; y < image.height; ++y)
         for (int x = 0; x < image.width; ++x)
             XPutPixel(

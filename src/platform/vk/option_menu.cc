@@ -29,6 +29,13 @@ VkOptionMenu::VkOptionMenu(const char* name, Widget parent) : VkComponent(name)
     setBaseWidget(XmCreateOptionMenu(parent, const_cast<char*>(name), args, XtNumber(args)));
 }
 
+// The menu goes first: later it would ask the button, which is no more.
+VkOptionMenu::~VkOptionMenu()
+{
+    if (baseWidget())
+        XtDestroyWidget(menu_);
+}
+
 Widget VkOptionMenu::addAction(const char* name, XtCallbackProc callback, XtPointer client)
 {
     Widget item = XtVaCreateManagedWidget(name, xmPushButtonWidgetClass, menu_, nullptr);

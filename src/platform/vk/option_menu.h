@@ -5,10 +5,11 @@
 
 /// Texts come from resources by the widgets' names: the menu's name is that of
 /// the whole, whose label stands before the button, an item's that of its entry.
-/// The menu behind the button goes with the parent. User-interface thread only.
+/// User-interface thread only.
 class VkOptionMenu : public VkComponent {
 public:
     VkOptionMenu(const char* name, Widget parent);
+    ~VkOptionMenu() override;
 
     /// Appends an item, which calls `callback` with `client` whenever the user
     /// chooses it. The first one is chosen from the start. Returns its widget.
