@@ -24,4 +24,12 @@ OptionsWindowMainWindow::OptionsWindowMainWindow(const char* name, ArgList args,
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
 
-OptionsWindowMainWindow::~OptionsWindowMainWindow() { delete _optionsForm; }
+// The widgets go in one piece. The toolkit destroys at the end of the event, and
+// one by one, its forms would look at neighbours that are gone by then.
+OptionsWindowMainWindow::~OptionsWindowMainWindow()
+{
+    hide();
+    if (baseWidget())
+        XtDestroyWidget(baseWidget());
+    delete _optionsForm;
+}
