@@ -1,9 +1,11 @@
 #include "ui/main_form.h"
 
+#include "platform/vk/app.h"
 #include "platform/vk/notice.h"
 #include "platform/vk/text.h"
 #include "signalling/options.h"
 #include "signalling/session_control.h"
+#include "ui/options_window.h"
 
 #include <Xm/Scale.h>
 #include <Xm/ToggleB.h>
@@ -45,7 +47,13 @@ MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
     start_camera_ = XmToggleButtonGetState(_toggle);
 }
 
-MainForm::~MainForm() { delete _statistics; }
+MainForm::~MainForm()
+{
+    delete _statistics;
+    for (VkSimpleWindow* window : std::vector(theApplication->windows()))
+        if (dynamic_cast<OptionsWindowMainWindow*>(window))
+            delete window;
+}
 
 void MainForm::setStatus(const char* text) { VkSetText(_statusText, text); }
 
@@ -142,7 +150,10 @@ void MainForm::micScale(Widget, XtPointer)
 
 void MainForm::userSelected(Widget, XtPointer) {}
 
-void MainForm::options(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::options"); }
+void MainForm::options(Widget, XtPointer)
+{
+    (new OptionsWindowMainWindow("optionsWindow"))->show(); // its buttons delete it
+}
 
 void MainForm::statistics(Widget, XtPointer) { _statistics->show(); }
 

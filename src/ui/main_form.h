@@ -17,6 +17,8 @@ public:
     /// Makes the statistics window, too; holds the session controller only
     /// while it is used.
     MainForm(const char* name, Widget parent);
+
+    /// Takes the statistics window and the options windows along.
     ~MainForm() override;
     const char* className() override { return "MainForm"; }
 

@@ -64,6 +64,17 @@ constexpr VkResource LOOKS[] = {
     {"*XmToggleButton.selectColor", "#ffffff"},
     {"*XmToggleButton.unselectColor", "#ffffff"},
     {"*XmToggleButton.spacing", "5"},
+
+    // Tabs.
+    {"*tabStrip.marginHeight", "0"},
+    {"*tabStrip.marginWidth", "4"},
+    {"*tabStrip.spacing", "2"},
+    {"*tabStrip.XmToggleButton.shadowThickness", "1"},
+    {"*tabStrip.XmToggleButton.marginWidth", "10"},
+    {"*tabStrip.XmToggleButton.marginHeight", "4"},
+    {"*tabStrip.XmToggleButton.background", "#d3dae1"},
+    {"*tabStrip.XmToggleButton.unselectColor", "#d3dae1"},
+    {"*tabStrip.XmToggleButton.selectColor", "#fbfcfd"},
 };
 
 /// Which fonts go where, and of which type the toolkit has them.

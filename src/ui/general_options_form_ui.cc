@@ -1,0 +1,61 @@
+#include "ui/general_options_form_ui.h"
+
+#include <Xm/Form.h>
+
+namespace {
+
+constexpr VkResource DEFAULTS[] = {
+    {"*connectionMenu.labelString", "Connection:"},
+    {"*modemButton.labelString", "Modem 28.8"},
+    {"*isdn1Button.labelString", "ISDN-1"},
+    {"*isdn2Button.labelString", "ISDN-2"},
+    {"*lanButton.labelString", "LAN"},
+};
+
+constexpr int MARGIN = 14;
+
+}
+
+GeneralOptionsFormUI::GeneralOptionsFormUI(const char* name, Widget parent) : VkComponent(name)
+{
+    setDefaultResources(parent, DEFAULTS);
+    _generalOptionsForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, nullptr);
+    setBaseWidget(_generalOptionsForm);
+    _connectionMenu = std::make_unique<VkOptionMenu>("connectionMenu", _generalOptionsForm);
+    // In the order of the Connection values.
+    struct {
+        const char* name;
+        Widget* field;
+        XtCallbackProc chosen;
+    } const items[] = {
+        {"modemButton", &_modemButton, &GeneralOptionsFormUI::modemCallback},
+        {"isdn1Button", &_isdn1Button, &GeneralOptionsFormUI::ISDN1Callback},
+        {"isdn2Button", &_isdn2Button, &GeneralOptionsFormUI::ISDN2Callback},
+        {"lanButton", &_lanButton, &GeneralOptionsFormUI::LANCallback},
+    };
+    for (const auto& item : items)
+        *item.field = _connectionMenu->addAction(item.name, item.chosen, this);
+    XtVaSetValues(_connectionMenu->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset,
+        MARGIN, XmNleftAttachment, XmATTACH_FORM, XmNleftOffset, MARGIN, nullptr);
+    _connectionMenu->show();
+}
+
+void GeneralOptionsFormUI::modemCallback(Widget w, XtPointer self, XtPointer call_data)
+{
+    static_cast<GeneralOptionsFormUI*>(self)->modem(w, call_data);
+}
+
+void GeneralOptionsFormUI::ISDN1Callback(Widget w, XtPointer self, XtPointer call_data)
+{
+    static_cast<GeneralOptionsFormUI*>(self)->ISDN1(w, call_data);
+}
+
+void GeneralOptionsFormUI::ISDN2Callback(Widget w, XtPointer self, XtPointer call_data)
+{
+    static_cast<GeneralOptionsFormUI*>(self)->ISDN2(w, call_data);
+}
+
+void GeneralOptionsFormUI::LANCallback(Widget w, XtPointer self, XtPointer call_data)
+{
+    static_cast<GeneralOptionsFormUI*>(self)->LAN(w, call_data);
+}
