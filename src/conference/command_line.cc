@@ -1,5 +1,6 @@
 #include "conference/command_line.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 
@@ -88,33 +89,81 @@ bool text(std::string_view value, std::string& to)
     return !to.empty();
 }
 
+constexpr unsigned RUN = 1U << QD_Command_Line::RUN;
+constexpr unsigned DEMO = 1U << QD_Command_Line::DEMO;
+constexpr unsigned JOIN = 1U << QD_Command_Line::JOIN;
+constexpr unsigned HOST = 1U << QD_Command_Line::HOST;
+
 struct Option {
     std::string_view name_;
     bool has_value_;
-    bool run_; // makes sense for run, for demo
-    bool demo_;
+    unsigned modes_; // those that it makes sense for, as bits
     bool (*set_)(std::string_view value, QD_Command_Line& line);
 };
 
 constexpr Option option_table[] = {
-    {"--unannounced", false, true, false,
+    {"--unannounced", false, RUN,
         [](std::string_view, QD_Command_Line& line) { return !(line.announced_ = false); }},
-    {"--members", true, false, true,
+    {"--members", true, DEMO,
         [](std::string_view v, QD_Command_Line& line) {
             return number(v, 2, MAX_DEMO_MEMBERS, line.count_);
         }},
-    {"--seconds", true, false, true,
+    {"--seconds", true, DEMO,
         [](std::string_view v, QD_Command_Line& line) {
             return number(v, 0, MAX_SECONDS, line.seconds_);
         }},
-    {"--screen", true, false, true, screen},
-    {"--before-end", true, false, true,
+    {"--screen", true, DEMO, screen},
+    {"--before-end", true, DEMO,
         [](std::string_view v, QD_Command_Line& line) { return text(v, line.before_end_); }},
-    {"--dir", true, true, true,
+    {"--dir", true, RUN | DEMO | JOIN | HOST,
         [](std::string_view v, QD_Command_Line& line) { return text(v, line.directory_); }},
-    {"--client", true, true, true,
+    {"--client", true, RUN | DEMO | JOIN | HOST,
         [](std::string_view v, QD_Command_Line& line) { return text(v, line.client_); }},
+    {"--broker", true, JOIN,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.broker_); }},
+    {"--password-file", true, JOIN,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.password_file_); }},
+    {"--ca", true, JOIN,
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.ca_file_); }},
+    {"--port", true, HOST,
+        [](std::string_view v, QD_Command_Line& line) { return number(v, 1, 65535, line.port_); }},
 };
+
+struct Command {
+    std::string_view name_;
+    QD_Command_Line::Mode mode_;
+};
+
+constexpr Command command_table[] = {
+    {"run", QD_Command_Line::RUN},
+    {"demo", QD_Command_Line::DEMO},
+    {"join", QD_Command_Line::JOIN},
+    {"host", QD_Command_Line::HOST},
+    {"help", QD_Command_Line::HELP},
+    {"--help", QD_Command_Line::HELP},
+    {"-h", QD_Command_Line::HELP},
+};
+
+/// What a command cannot do without, and has not; "" if it has all.
+std::string missing(const QD_Command_Line& line)
+{
+    const size_t members = line.members_.size();
+    switch (line.mode_) {
+    case QD_Command_Line::RUN:
+        return members == 0 ? "name at least one member" : "";
+    case QD_Command_Line::DEMO:
+        return members != 0 ? "the demo names its members itself" : "";
+    case QD_Command_Line::JOIN:
+        if (line.broker_.empty())
+            return "say where the conference is: --broker URL";
+        return members != 1 ? "one member joins: name it" : "";
+    case QD_Command_Line::HOST:
+        return members > 1 ? "one member hosts: name it, or none" : "";
+    case QD_Command_Line::HELP:
+        break;
+    }
+    return "";
+}
 
 /// Reads the option at arguments[at] and moves `at` to its last argument.
 std::string read_option(std::span<const char* const> arguments, size_t& at, QD_Command_Line& line)
@@ -124,7 +173,7 @@ std::string read_option(std::span<const char* const> arguments, size_t& at, QD_C
     for (const Option& option : option_table) {
         if (option.name_ != name)
             continue;
-        if (line.mode_ == QD_Command_Line::RUN ? !option.run_ : !option.demo_)
+        if ((option.modes_ & 1U << line.mode_) == 0)
             return std::string(name) + " is not an option of this command";
         const bool attached = name.size() < given.size();
         if (attached && !option.has_value_)
@@ -148,14 +197,12 @@ std::string read_option(std::span<const char* const> arguments, size_t& at, QD_C
 std::string qd_parse_command_line(std::span<const char* const> arguments, QD_Command_Line& line)
 {
     if (arguments.empty())
-        return "say what to do: run, demo or --help";
-    const std::string_view command = arguments[0];
-    if (command == "run")
-        line.mode_ = QD_Command_Line::RUN;
-    else if (command == "demo")
-        line.mode_ = QD_Command_Line::DEMO;
-    else if (command != "--help" && command != "-h" && command != "help")
-        return "there is no command \"" + std::string(command) + "\"";
+        return "say what to do: run, demo, join, host or --help";
+    const auto* command = std::find_if(std::begin(command_table), std::end(command_table),
+        [&](const Command& known) { return known.name_ == arguments[0]; });
+    if (command == std::end(command_table))
+        return "there is no command \"" + std::string(arguments[0]) + "\"";
+    line.mode_ = command->mode_;
 
     for (size_t i = 1; i < arguments.size() && line.mode_ != QD_Command_Line::HELP; ++i) {
         const std::string_view argument = arguments[i];
@@ -172,9 +219,5 @@ std::string qd_parse_command_line(std::span<const char* const> arguments, QD_Com
             line.members_.emplace_back(argument);
         }
     }
-    if (line.mode_ == QD_Command_Line::RUN && line.members_.empty())
-        return "name at least one member";
-    if (line.mode_ == QD_Command_Line::DEMO && !line.members_.empty())
-        return "the demo names its members itself";
-    return "";
+    return missing(line);
 }

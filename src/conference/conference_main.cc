@@ -1,10 +1,17 @@
-// quendal-conference: conferences on this machine.
+// quendal-conference: conferences on this machine and across machines.
 
+#include "conference/address_claim.h"
 #include "conference/companion.h"
 #include "conference/demo.h"
+#include "conference/join.h"
+#include "conference/member_name.h"
+#include "platform/net/sock_library.h"
 
+#include <arpa/inet.h>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 
 namespace {
@@ -50,6 +57,12 @@ std::string find_client(const std::string& wanted)
     return "";
 }
 
+int complain(const std::string& trouble)
+{
+    std::cerr << "quendal-conference: " << trouble << std::endl;
+    return STATUS_TROUBLE;
+}
+
 int plan_members(
     const QD_Command_Line& line, const std::string& directory, std::vector<QD_Member_Plan>& members)
 {
@@ -93,10 +106,59 @@ int hold(const QD_Command_Line& line)
     return refused || conference.failures() > 0 || !heard ? STATUS_TROUBLE : 0;
 }
 
+/// The password: what a file or the environment gives goes before the URL's.
+int read_password(const QD_Command_Line& line, QD_Broker_Url& url)
+{
+    const char* const given = getenv("QD_BROKER_PASSWORD");
+    if (!line.password_file_.empty()) {
+        std::ifstream file(line.password_file_);
+        if (!std::getline(file, url.password_))
+            return complain(line.password_file_ + " has no password");
+    } else if (given != nullptr) {
+        url.password_ = given;
+    }
+    ::unsetenv("QD_BROKER_PASSWORD"); // it is not the client's affair
+    const std::string trouble = url.secret_trouble();
+    return trouble.empty() ? 0 : complain(trouble);
+}
+
+int take_part(const QD_Command_Line& line, const QD_Broker_Url& url)
+{
+    QD_Join_Setup setup;
+    setup.broker_ = url;
+    setup.name_ = line.members_[0];
+    setup.address_ = ntohl(SOCK_Library::getlocalhostid());
+    setup.options_ = line.options_;
+    setup.client_ = find_client(line.client_);
+    if (setup.client_.empty())
+        return STATUS_TROUBLE;
+    const QD_Fd claim = qd_claim_address(setup.address_);
+    if (!claim)
+        return complain(qd_address_text(setup.address_)
+            + " is another member's already on this machine;"
+              " give each member a QD_LOCAL_ADDRESS of its own");
+    setup.directory_ = make_directory(line.directory_);
+    if (setup.directory_.empty())
+        return STATUS_TROUBLE;
+    return QD_Join(setup, std::cout, STDIN_FILENO).run() < 0 ? STATUS_TROUBLE : 0;
+}
+
+int join(const QD_Command_Line& line)
+{
+    QD_Broker_Url url;
+    if (std::string trouble = QD_Broker_Url::parse(line.broker_, url); !trouble.empty())
+        return complain(trouble);
+    if (std::string trouble = qd_name_trouble(line.members_[0]); !trouble.empty())
+        return complain(trouble);
+    url.ca_file_ = line.ca_file_;
+    return read_password(line, url) != 0 ? STATUS_TROUBLE : take_part(line, url);
+}
+
 }
 
 int main(int argc, char** argv)
 {
+    ::signal(SIGPIPE, SIG_IGN);
     QD_Command_Line line;
     const std::string trouble
         = qd_parse_command_line({argv + 1, static_cast<size_t>(std::max(0, argc - 1))}, line);
@@ -109,5 +171,7 @@ int main(int argc, char** argv)
         std::cout << QD_HELP;
         return 0;
     }
-    return hold(line);
+    for (int i = 1; i < argc; ++i)
+        qd_hide_password(argv[i]); // the list of processes shows them to everybody
+    return line.mode_ == QD_Command_Line::JOIN ? join(line) : hold(line);
 }
