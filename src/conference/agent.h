@@ -26,6 +26,7 @@ public:
     bool over() const { return link_.closed(); }
 
     const QD_Membership& membership() const { return membership_; }
+    const std::string& owner() const { return link_.owner(); } // of its records
 
     void watch(std::vector<pollfd>& polled) const { link_.watch(polled); }
     QD_Clock::Time deadline() const;

@@ -128,6 +128,22 @@ std::string QD_Broker_Url::secret_trouble() const
     return "";
 }
 
+std::string QD_Broker_Url::text() const
+{
+    const auto* scheme = std::find_if(std::begin(scheme_table), std::end(scheme_table),
+        [&](const auto& s) { return s.scheme_ == scheme_; });
+    std::string secret;
+    constexpr char DIGITS[] = "0123456789ABCDEF";
+    for (const char c : password_) {
+        if (is_word({&c, 1}) && c != '@')
+            secret += c;
+        else
+            (secret += {'%', DIGITS[static_cast<uint8_t>(c) >> 4]}) += DIGITS[c & 15];
+    }
+    return std::string(scheme->name_) + "://" + user_ + (secret.empty() ? "" : ":" + secret)
+        + (user_.empty() ? "" : "@") + place() + "/" + conference_;
+}
+
 void qd_hide_password(char* url)
 {
     char* begin = strstr(url, "://");

@@ -31,6 +31,9 @@ struct QD_Broker_Url {
     /// wherever it comes; "" if nothing is.
     std::string secret_trouble() const;
 
+    /// The URL, with the password: what parse() reads.
+    std::string text() const;
+
     /// "HOST:PORT"
     std::string place() const { return host_ + ":" + std::to_string(port_); }
 };

@@ -18,7 +18,7 @@ struct QD_Command_Line {
     std::string broker_;               // join: its URL
     std::string password_file_;        // join: "" for none
     std::string ca_file_;              // join: "" for the system's certificates
-    int port_ = 8883;                  // host: where the broker listens
+    int port_ = 0;                     // host: where the broker listens; 0: 8883 or any
     std::string directory_;            // "": a fresh one
     std::string client_;               // "": beside this program
     std::string before_end_;           // demo: a shell command, "": none

@@ -104,6 +104,7 @@ void QD_Join::read_signal()
 {
     if (!qd_take_signal(signals_))
         return;
+    told_to_end_ = true;
     if (ending_)
         client_.insist();
     else
@@ -125,9 +126,11 @@ void QD_Join::execute(std::string_view line)
     if (line == "list")
         list();
     else if (line == "end")
-        end();
+        told_to_end_ = true;
     else
         out_ << "the commands are: list, end" << std::endl;
+    if (told_to_end_ && !ending_)
+        end();
 }
 
 void QD_Join::list() const

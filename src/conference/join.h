@@ -32,6 +32,9 @@ public:
     /// Returns when the member has left: 0, or -1 if something went wrong.
     int run();
 
+    /// Whether it was told to end, other than by the client's own end.
+    bool told_to_end() const { return told_to_end_; }
+
 private:
     void admitted(const QD_Presence& self) override;
     void came(const QD_Presence& member) override;
@@ -56,5 +59,6 @@ private:
     bool started_ = false;
     bool linked_ = false;
     bool ending_ = false;
+    bool told_to_end_ = false;
     bool trouble_ = false;
 };

@@ -148,6 +148,10 @@ void QD_Membership::take_peer(const std::string& owner, const QD_Presence& recor
 
 void QD_Membership::count_misses(Time now)
 {
+    // Records of ours that follow one another at once say nothing of the others.
+    if (now < counted_ + times_.beat_ / 2)
+        return;
+    counted_ = now;
     for (auto peer = peers_.begin(); peer != peers_.end();) {
         const bool gone = ++peer->second.missed_ >= times_.misses_ && now >= returning_until_;
         peer = gone ? remove(peer, "is gone: nothing is heard of it any more") : std::next(peer);
@@ -157,39 +161,52 @@ void QD_Membership::count_misses(Time now)
 /// Everything that was published before our claim has been seen.
 void QD_Membership::settle_claim(Time now)
 {
+    if (std::any_of(peers_.begin(), peers_.end(),
+            [&](const auto& peer) { return peer.second.record_.id_ == self_.id_; })) {
+        if (std::exchange(announced_, false))
+            events_.went(self_, "changes its id");
+        roll_id();
+        return publish(now);
+    }
+    const auto holder = std::find_if(peers_.begin(), peers_.end(),
+        [&](const auto& peer) { return peer.second.record_.address_ == self_.address_; });
+    if (holder != peers_.end()) {
+        if (patient_until_ == Time::max()) {
+            patient_until_ = now + times_.patience_;
+            events_.say(
+                self_.label(), "waits: " + holder->second.record_.label() + " has this address");
+        }
+        return;
+    }
+    patient_until_ = Time::max();
+    if (const std::string why = place_trouble(); !why.empty())
+        return fail(why);
+    if (ready_)
+        return go_live(now);
+    state_ = ADMITTED;
+    admitted_ = true;
+    events_.admitted(self_);
+}
+
+/// Why there is no place for this member among those that are live; "" if there is.
+std::string QD_Membership::place_trouble() const
+{
     size_t live = 0;
-    const Peer* holder = nullptr;
+    const QD_Presence* far = nullptr;
+    bool alone = true; // nobody lives on this machine, too
     for (const auto& [owner, peer] : peers_) {
-        const QD_Presence& other = peer.record_;
-        if (other.state_ == QD_Presence::LIVE) {
-            ++live;
-            if (is_loopback(self_.address_) && !is_loopback(other.address_))
-                return fail("its address " + qd_address_text(self_.address_)
-                    + " cannot be reached from other hosts, such as " + other.label());
-        }
-        if (other.address_ == self_.address_)
-            holder = &peer;
-        if (other.id_ == self_.id_) {
-            if (std::exchange(announced_, false))
-                events_.went(self_, "changes its id");
-            roll_id();
-            return publish(now);
-        }
+        if (peer.record_.state_ != QD_Presence::LIVE)
+            continue;
+        ++live;
+        alone = alone && !is_loopback(peer.record_.address_);
+        far = is_loopback(peer.record_.address_) ? far : &peer.record_;
     }
-    if (holder == nullptr && live >= MAX_MEMBERS)
-        return fail("the conference is full: it has " + std::to_string(MAX_MEMBERS) + " members");
-    if (holder == nullptr) {
-        patient_until_ = Time::max();
-        if (ready_)
-            return go_live(now);
-        state_ = ADMITTED;
-        admitted_ = true;
-        return events_.admitted(self_);
-    }
-    if (patient_until_ == Time::max()) {
-        patient_until_ = now + times_.patience_;
-        events_.say(self_.label(), "waits: " + holder->record_.label() + " has this address");
-    }
+    if (live >= MAX_MEMBERS)
+        return "the conference is full: it has " + std::to_string(MAX_MEMBERS) + " members";
+    if (is_loopback(self_.address_) && alone && far != nullptr)
+        return "its address " + qd_address_text(self_.address_)
+            + " cannot be reached from other hosts, such as " + far->label();
+    return "";
 }
 
 void QD_Membership::ready(Time now)

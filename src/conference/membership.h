@@ -125,6 +125,7 @@ private:
     void take_peer(const std::string& owner, const QD_Presence& record, Time now);
     void count_misses(Time now);
     void settle_claim(Time now);
+    std::string place_trouble() const;
     void go_live(Time now);
     void admit(const std::string& owner, Peer& peer, Time now);
     void admit_all(Time now);
@@ -151,6 +152,7 @@ private:
     std::string sent_;     // our newest record
     bool answered_ = true; // the broker has carried it
     Time published_ {};
+    Time counted_ {}; // the misses of the others
     Time beat_ = Time::max();
     Time patient_until_ = Time::max();
     Time returning_until_ {}; // members may still be on their way back to the broker

@@ -105,7 +105,7 @@ TEST_F(Membership, ClaimsWaitsForTheEchoAndIsLiveBeforeOthersAreAnnounced)
 TEST_F(Membership, AnIdThatWasClaimedEarlierIsRolledAnew)
 {
     take("bo/1", "claim 300000 10.0.0.2 1 bo");
-    take("cleo/1", live(400000, 3));
+    take("cleo/1", live(400000, 3, 1, "cleo"));
     echo();
     EXPECT_THAT(told_, ElementsAre("+500000 anna@10.0.0.1", "+400000 cleo@10.0.0.3"));
 }
