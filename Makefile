@@ -25,7 +25,7 @@ sanitize:
 	@$(MAKE) test BUILD=build/tsan CMAKE_ARGS=-DQD_SANITIZE=thread
 
 # Figures, with the budgets beside them.
-BENCHES = bench_control_loop bench_display bench_video
+BENCHES = bench_control_loop bench_display bench_membership bench_video
 bench: build
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
 	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done

@@ -1,6 +1,7 @@
 // quendal-conference: conferences on this machine and across machines.
 
 #include "conference/across_machines.h"
+#include "conference/broker_url.h"
 #include "conference/companion.h"
 #include "conference/demo.h"
 #include "conference/surroundings.h"
