@@ -10,6 +10,7 @@
 
 using testing::HasSubstr;
 using testing::IsSupersetOf;
+using testing::Not;
 
 namespace {
 
@@ -37,7 +38,8 @@ int windows_named(const std::string& title)
 /// One host's companion, started with the broker's URL and nothing else.
 class Seat {
 public:
-    Seat(const QD_Test_Network& network, int host, const std::string& name) :
+    Seat(const QD_Test_Network& network, int host, const std::string& name,
+        const std::string& client) :
         label_(name + "@" + QD_Test_Network::address(host)),
         host_(host)
     {
@@ -48,10 +50,11 @@ public:
         set_up.environment
             = {{"HOME", dir_.path()}, {"QD_MIC", "tone:" + std::to_string(tone_of(host))},
                 {"QD_SPEAKER", "file:" + dir_.path()}, {"QD_CAMERA", "testcard"}};
-        process_.emplace(network.at(host,
-                             {QD_BUILD_DIR "/quendal-conference", "join", name, "--broker",
-                                 "mqtt://" + QD_Test_Network::address(BROKER_HOST) + "/standup",
-                                 "--dir", dir_.path(), "--", "-xrm", "*toggle.set: True"}),
+        process_.emplace(
+            network.at(host,
+                {QD_BUILD_DIR "/quendal-conference", "join", name, "--broker",
+                    "mqtt://" + QD_Test_Network::address(BROKER_HOST) + "/standup", "--dir",
+                    dir_.path(), "--client", client, "--", "-xrm", "*toggle.set: True"}),
             set_up);
     }
 
@@ -117,9 +120,10 @@ protected:
             << "this test makes network namespaces: it needs root and the program ip";
     }
 
-    Seat& join(int host, const std::string& name)
+    Seat& join(
+        int host, const std::string& name, const std::string& client = QD_BUILD_DIR "/quendal")
     {
-        seats_.push_back(std::make_unique<Seat>(network_, host, name));
+        seats_.push_back(std::make_unique<Seat>(network_, host, name, client));
         return *seats_.back();
     }
 
@@ -181,6 +185,31 @@ TEST_F(AcrossMachines, EverybodyHearsAndSeesEverybodyWhoeverComesAndGoes)
     EXPECT_THAT(seats_[0]->log(), HasSubstr(figures(*seats_[1])));
     EXPECT_THAT(seats_[0]->log(), HasSubstr(figures(*seats_[2])));
     EXPECT_THAT(seats_[1]->log(), HasSubstr(figures(*seats_[2])));
+}
+
+TEST_F(AcrossMachines, AHostThatIsCutOffIsGoneWithinTenSecondsAndComesBackAsItself)
+{
+    const char* const names[] = {"anna", "bernt", "chiara"};
+    for (int i = 0; i < 3; ++i)
+        join(i + 1, names[i], QD_BUILD_DIR "/fake_client");
+    gather();
+    const auto before = seats_[0]->list();
+    ASSERT_EQ(before.size(), 3u);
+
+    ASSERT_TRUE(network_.cut(3));
+    const auto cut = std::chrono::steady_clock::now();
+    for (size_t i = 0; i < 2; ++i)
+        EXPECT_TRUE(seats_[i]->hears("chiara@10.77.0.3 is gone"));
+    EXPECT_LT(std::chrono::steady_clock::now() - cut, std::chrono::seconds(10));
+    EXPECT_EQ(seats_[1]->list().size(), 2u);
+    EXPECT_TRUE(seats_[2]->hears("the broker 10.77.0.254:1883 is lost"));
+    EXPECT_EQ(seats_[2]->list(), before) << "who is cut off keeps the others";
+
+    ASSERT_TRUE(network_.heal(3));
+    EXPECT_TRUE(seats_[2]->hears("the broker 10.77.0.254:1883 is back"));
+    for (const auto& seat : seats_)
+        EXPECT_TRUE(qd_wait_for([&] { return seat->list() == before; })) << seat->said();
+    EXPECT_THAT(seats_[2]->said(), Not(HasSubstr("is gone")));
 }
 
 }
