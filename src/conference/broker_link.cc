@@ -14,6 +14,7 @@ using std::chrono::milliseconds;
 constexpr int KEEP_ALIVE_S = 5;   // the shortest the library takes
 constexpr uint32_t EXPIRY_S = 30; // of a record whose writer and its end were both missed
 constexpr milliseconds CONNECT_BOUND {5000};
+constexpr milliseconds NAME_BOUND {15000};
 constexpr milliseconds CLOSE_BOUND {1000};
 constexpr milliseconds UPKEEP {1000}; // between two calls for the library's own timers
 constexpr milliseconds FIRST_PAUSE {250};
@@ -139,6 +140,25 @@ int QD_Broker_Link::prepare()
         handle, (prefix_ + owner_).c_str(), 0, nullptr, RECORD_QOS, true, nullptr);
 }
 
+/// The library waits for the name servers, so they are asked before; the answer
+/// is at hand when it asks them again.
+void QD_Broker_Link::name(QD_Clock::Time now)
+{
+    state_ = NAMING;
+    deadline_ = now + NAME_BOUND;
+    lookup_.start(url_.host_);
+    if (lookup_.answer() != QD_Host_Lookup::PENDING)
+        named(now);
+}
+
+void QD_Broker_Link::named(QD_Clock::Time now)
+{
+    if (lookup_.answer() == QD_Host_Lookup::KNOWN)
+        connect(now);
+    else
+        lose("there is no host of this name");
+}
+
 void QD_Broker_Link::connect(QD_Clock::Time now)
 {
     log_.clear();
@@ -165,8 +185,6 @@ std::string QD_Broker_Link::describe(int error) const
         return "it does not speak TLS there";
     if (error == MOSQ_ERR_ERRNO)
         return strerror(errno);
-    if (error == MOSQ_ERR_EAI)
-        return "there is no host of this name";
     if (error == MOSQ_ERR_INVAL && !url_.ca_file_.empty())
         return "the certificates in " + url_.ca_file_ + " cannot be read";
     if (!log_.empty())
@@ -224,7 +242,7 @@ void QD_Broker_Link::publish(const std::string& record)
 
 void QD_Broker_Link::drop(const std::string& why)
 {
-    if (state_ == UP || state_ == CONNECTING)
+    if (state_ == UP)
         lose(why);
 }
 
@@ -255,6 +273,8 @@ void QD_Broker_Link::close()
 
 void QD_Broker_Link::watch(std::vector<pollfd>& polled) const
 {
+    if (state_ == NAMING)
+        polled.push_back({lookup_.get(), POLLIN, 0});
     const int fd = handle_ ? mosquitto_socket(handle_.get()) : -1;
     if (fd >= 0)
         polled.push_back({fd,
@@ -293,6 +313,8 @@ void QD_Broker_Link::serve()
     if (handle_)
         transfer();
     const QD_Clock::Time now = now_is();
+    if (state_ == NAMING && lookup_.answer() != QD_Host_Lookup::PENDING)
+        named(now);
     if (state_ == CLOSING && handle_ && !mosquitto_want_write(handle_.get()) && now < deadline_) {
         mosquitto_disconnect_v5(handle_.get(), MQTT_RC_NORMAL_DISCONNECTION, nullptr);
         deadline_ = now;
@@ -300,7 +322,9 @@ void QD_Broker_Link::serve()
     if (now < deadline_)
         return;
     if (state_ == WAITING)
-        connect(now);
+        name(now);
+    else if (state_ == NAMING)
+        lose("its name cannot be looked up: the name servers do not answer");
     else if (state_ == CONNECTING)
         lose("it does not answer");
     else if (state_ == CLOSING)

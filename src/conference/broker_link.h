@@ -2,6 +2,7 @@
 #pragma once
 
 #include "conference/broker_url.h"
+#include "conference/host_lookup.h"
 #include "platform/net/clock.h"
 
 #include <memory>
@@ -29,8 +30,8 @@ public:
 
 /// Connects as USER to the broker's records `quendal/1/CONFERENCE/m/#` and
 /// writes its own at `OWNER` below them; when the connection breaks, the broker
-/// removes that one. No operation waits, but that the name of the broker's host
-/// is looked up; see QD_Client for watch(), deadline() and serve(). One thread.
+/// removes that one. No operation waits; see QD_Client for watch(), deadline() and serve(). One
+/// thread.
 class QD_Broker_Link {
 public:
     static constexpr size_t MAX_MESSAGE = 4096; // the broker keeps back what is longer
@@ -60,12 +61,14 @@ public:
     void serve();
 
 private:
-    enum State { CLOSED, WAITING, CONNECTING, UP, CLOSING };
+    enum State { CLOSED, WAITING, NAMING, CONNECTING, UP, CLOSING };
     struct Release {
         void operator()(mosquitto* handle) const;
     };
     struct Callbacks;
 
+    void name(QD_Clock::Time now);
+    void named(QD_Clock::Time now);
     void connect(QD_Clock::Time now);
     int prepare();
     int prepare_security();
@@ -81,6 +84,7 @@ private:
     const std::string owner_;
     QD_Broker_Events& events_;
     std::unique_ptr<mosquitto, Release> handle_;
+    QD_Host_Lookup lookup_;
     State state_ = CLOSED;
     QD_Clock::Time deadline_ = QD_Clock::Time::max(); // of the state
     QD_Clock::Time upkeep_ {};

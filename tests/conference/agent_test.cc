@@ -159,6 +159,8 @@ TEST_F(Guarded_Broker, SaysInOneLineWhyItCannotBeUsed)
 {
     QD_Broker_Url nowhere = url("mqtts", "anna:pw-anna");
     nowhere.port_ = static_cast<uint16_t>(qd_free_port());
+    QD_Broker_Url nameless = url("mqtt", "anna");
+    nameless.host_ = "no.such.host.invalid";
     const struct {
         QD_Broker_Url url;
         const char* why;
@@ -173,6 +175,7 @@ TEST_F(Guarded_Broker, SaysInOneLineWhyItCannotBeUsed)
         {url("mqtt", "anna:pw-anna"), "perhaps it wants TLS"},
         {url("mqtts", "chiara:pw-chiara"), "it does not let chiara into the conference standup"},
         {nowhere, "Connection refused"},
+        {nameless, "there is no host of this name"},
     };
     for (const auto& c : cases)
         crowd_.join(c.url, "x");
