@@ -189,6 +189,8 @@ std::string QD_Broker_Link::describe(int error) const
         return "the certificates in " + url_.ca_file_ + " cannot be read";
     if (!log_.empty())
         return log_;
+    if (error == MOSQ_ERR_CONN_REFUSED)
+        return strerror(ECONNREFUSED);
     if (error == MOSQ_ERR_CONN_LOST || error == MOSQ_ERR_NO_CONN)
         return state_ == UP
             ? "the connection broke"
@@ -296,6 +298,9 @@ void QD_Broker_Link::transfer()
             error = mosquitto_loop_write(handle_.get(), 1);
         if (error == MOSQ_ERR_SUCCESS && (ready.revents & ~POLLOUT) != 0)
             error = mosquitto_loop_read(handle_.get(), 1);
+        // While TLS begins the library takes a connection that failed for one under way.
+        if (error == MOSQ_ERR_SUCCESS && (ready.revents & POLLHUP) != 0 && state_ == CONNECTING)
+            error = MOSQ_ERR_CONN_REFUSED;
     }
     const QD_Clock::Time now = now_is();
     if (error == MOSQ_ERR_SUCCESS && now >= upkeep_) {
