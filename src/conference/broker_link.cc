@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
@@ -32,7 +33,11 @@ milliseconds spread(milliseconds pause)
 }
 
 struct Library {
-    Library() { mosquitto_lib_init(); }
+    Library()
+    {
+        mosquitto_lib_init();
+        ::signal(SIGPIPE, SIG_IGN); // what writing to a broken TLS connection raises
+    }
     ~Library() { mosquitto_lib_cleanup(); }
 };
 

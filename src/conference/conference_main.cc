@@ -6,7 +6,6 @@
 #include "conference/demo.h"
 #include "conference/surroundings.h"
 
-#include <csignal>
 #include <iostream>
 
 namespace {
@@ -60,7 +59,6 @@ int hold(const QD_Command_Line& line)
 
 int main(int argc, char** argv)
 {
-    ::signal(SIGPIPE, SIG_IGN);
     QD_Command_Line line;
     const std::string trouble
         = qd_parse_command_line({argv + 1, static_cast<size_t>(std::max(0, argc - 1))}, line);
