@@ -31,7 +31,7 @@ sanitize:
 	@$(MAKE) test BUILD=build/tsan CMAKE_ARGS=-DQD_SANITIZE=thread
 
 # Figures, with the budgets beside them.
-BENCHES = bench_control_loop bench_display bench_video
+BENCHES = bench_control_loop bench_display bench_membership bench_video
 bench: build
 	@tools/bench-clips.sh $(BUILD)/bench-clips
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)

@@ -6,15 +6,19 @@
 #include <vector>
 
 struct QD_Command_Line {
-    enum Mode { HELP, RUN, DEMO };
+    enum Mode { HELP, RUN, DEMO, JOIN, HOST };
 
     Mode mode_ = HELP;
-    std::vector<std::string> members_; // run: NAME or NAME@ADDRESS
+    std::vector<std::string> members_; // run: NAME or NAME@ADDRESS; join, host: one NAME or none
     bool announced_ = true;
     int count_ = 3;           // demo: members, 2..8
     int seconds_ = 15;        // demo: how long; 0: until the user leaves
     int screen_width_ = 1280; // demo: where windows are laid out
     int screen_height_ = 1024;
+    std::string broker_;               // join: its URL
+    std::string password_file_;        // join: "" for none
+    std::string ca_file_;              // join: "" for the system's certificates
+    int port_ = 0;                     // host: where the broker listens; 0: 8883 or any
     std::string directory_;            // "": a fresh one
     std::string client_;               // "": beside this program
     std::string before_end_;           // demo: a shell command, "": none

@@ -30,43 +30,12 @@ constexpr Command command_table[] = {
         [](QD_Conference& conference, std::ostream&, std::string_view) { conference.end(); }},
 };
 
-constexpr std::string_view BLANKS = " \t\r";
-
-std::string_view trimmed(std::string_view text)
-{
-    const size_t begin = text.find_first_not_of(BLANKS);
-    if (begin == std::string_view::npos)
-        return "";
-    return text.substr(begin, text.find_last_not_of(BLANKS) - begin + 1);
-}
-
-}
-
-void QD_Commands::take(std::string_view typed)
-{
-    for (char c : typed) {
-        if (c == '\n' && too_long_)
-            out_ << "a line is longer than " << MAX_LINE << " bytes" << std::endl;
-        else if (c == '\n')
-            execute(line_);
-        else if (line_.size() < MAX_LINE)
-            line_ += c;
-        else
-            too_long_ = true;
-        if (c == '\n') {
-            line_.clear();
-            too_long_ = false;
-        }
-    }
 }
 
 void QD_Commands::execute(std::string_view line)
 {
-    line = trimmed(line);
-    if (line.empty())
-        return;
-    const std::string_view name = line.substr(0, line.find_first_of(BLANKS));
-    const std::string_view argument = trimmed(line.substr(name.size()));
+    const std::string_view name = line.substr(0, line.find_first_of(" \t"));
+    const std::string_view argument = QD_Line_Reader::trimmed(line.substr(name.size()));
     for (const Command& command : command_table) {
         if (command.name_ == name && command.has_argument_ == !argument.empty()) {
             command.execute_(conference_, out_, argument);

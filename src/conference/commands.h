@@ -2,28 +2,26 @@
 #pragma once
 
 #include "conference/conference.h"
-
-#include <string>
+#include "conference/line_reader.h"
 
 /// Takes what was typed, in whatever pieces it comes, and carries out one
 /// command a line. One thread.
 class QD_Commands {
 public:
-    /// A longer line is refused as a whole.
-    static constexpr size_t MAX_LINE = 256;
-
     /// Both outlive this object.
-    QD_Commands(QD_Conference& conference, std::ostream& out) : conference_(conference), out_(out)
+    QD_Commands(QD_Conference& conference, std::ostream& out) :
+        conference_(conference),
+        out_(out),
+        lines_(out, [this](std::string_view line) { execute(line); })
     {
     }
 
-    void take(std::string_view typed);
+    void take(std::string_view typed) { lines_.take(typed); }
 
 private:
     void execute(std::string_view line);
 
     QD_Conference& conference_;
     std::ostream& out_;
-    std::string line_;
-    bool too_long_ = false;
+    QD_Line_Reader lines_;
 };

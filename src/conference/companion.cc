@@ -1,40 +1,15 @@
 #include "conference/companion.h"
 
+#include "conference/loop.h"
+
 #include <algorithm>
 #include <csignal>
-#include <sys/signalfd.h>
-
-namespace {
-
-constexpr int LONGEST_WAIT_MS = 60000;
-
-int milliseconds_until(QD_Clock::Time time)
-{
-    using std::chrono::milliseconds;
-    const auto left = time - QD_Clock::real().now();
-    if (left > milliseconds(LONGEST_WAIT_MS))
-        return LONGEST_WAIT_MS;
-    // Rounded up: waking too early would only mean to wait again.
-    return std::max(0, static_cast<int>(std::chrono::ceil<milliseconds>(left).count()));
-}
-
-QD_Fd block_signals()
-{
-    sigset_t set;
-    sigemptyset(&set);
-    for (int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&set, number);
-    ::sigprocmask(SIG_BLOCK, &set, nullptr);
-    return QD_Fd(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-}
-
-}
 
 QD_Companion::QD_Companion(QD_Conference& conference, std::ostream& out, int input) :
     conference_(conference),
     out_(out),
     commands_(conference, out),
-    signals_(block_signals()),
+    signals_(qd_block_ending_signals()),
     input_(input)
 {
 }
@@ -47,7 +22,7 @@ void QD_Companion::run(const QD_Course& course)
             {command_.get(), POLLIN, 0}}); // poll passes over a descriptor of -1
         conference_.watch(polled);
         ::poll(polled.data(), polled.size(),
-            milliseconds_until(std::min(deadline_, conference_.deadline())));
+            qd_milliseconds_until(std::min(deadline_, conference_.deadline())));
         if (polled[0].revents != 0)
             read_signal();
         if (polled[1].revents != 0)
@@ -59,8 +34,7 @@ void QD_Companion::run(const QD_Course& course)
 
 void QD_Companion::read_signal()
 {
-    signalfd_siginfo info;
-    if (::read(signals_.get(), &info, sizeof info) != sizeof info)
+    if (!qd_take_signal(signals_))
         return;
     if (ending_) {
         conference_.insist();

@@ -1,6 +1,7 @@
 #include "conference/conference.h"
 
 #include "conference/address_claim.h"
+#include "conference/member_name.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,19 +13,6 @@ namespace {
 
 constexpr uint32_t FIRST_ADDRESS = 0x7f000002;
 constexpr uint32_t LAST_ADDRESS = 0x7f0000fe;
-
-/// A name is shown in windows, told apart in commands, and names a directory.
-std::string name_trouble(std::string_view name)
-{
-    if (name.empty())
-        return "a member needs a name";
-    if (name.size() > QD_MAX_NAME)
-        return "the name is longer than " + std::to_string(QD_MAX_NAME) + " bytes";
-    const auto bad = [](char c) { return c == '/' || c == 0x7f || (c >= 0 && c <= ' '); };
-    if (name[0] == '.' || name[0] == '-' || std::any_of(name.begin(), name.end(), bad))
-        return "a name has no blanks and no '/', and does not begin with '.' or '-'";
-    return "";
-}
 
 /// What a client would look for in the home directory that it does not have.
 void keep_access(std::vector<std::string>& environment)
@@ -40,7 +28,7 @@ std::string qd_parse_member(std::string_view text, QD_Member_Plan& plan)
 {
     const size_t at = text.find('@');
     const std::string_view name = text.substr(0, at);
-    std::string trouble = name_trouble(name);
+    std::string trouble = qd_name_trouble(name);
     uint32_t address = 0;
     if (trouble.empty() && at != std::string_view::npos) {
         address = qd_address_number(text.substr(at + 1));
@@ -123,7 +111,7 @@ QD_Launch QD_Conference::launch_of(const Member& member, const QD_Member_Plan& p
 
 int QD_Conference::join(const QD_Member_Plan& plan)
 {
-    if (const std::string trouble = name_trouble(plan.name_); !trouble.empty())
+    if (const std::string trouble = qd_name_trouble(plan.name_); !trouble.empty())
         return refuse(plan.name_, trouble);
     if (find(plan.name_) != nullptr)
         return refuse(plan.name_, "there is a member of this name");

@@ -1,54 +1,16 @@
-// quendal-conference: conferences on this machine.
+// quendal-conference: conferences on this machine and across machines.
 
+#include "conference/across_machines.h"
+#include "conference/broker_url.h"
 #include "conference/companion.h"
 #include "conference/demo.h"
+#include "conference/surroundings.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <iostream>
 
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr int STATUS_TROUBLE = 1; // a member went wrong, or was not heard
 constexpr int STATUS_USAGE = 2;
-
-/// The directory for the members' directories, made if need be; "" with a line if it cannot be had.
-std::string make_directory(const std::string& wanted)
-{
-    std::error_code error;
-    fs::path path = wanted;
-    if (wanted.empty()) {
-        std::string fresh = (fs::temp_directory_path(error) / "quendal-XXXXXX").string();
-        if (error || mkdtemp(fresh.data()) == nullptr) {
-            perror("quendal-conference: cannot make a directory");
-            return "";
-        }
-        path = fresh;
-    } else {
-        fs::create_directories(path, error);
-    }
-    const fs::path whole = fs::absolute(path, error);
-    if (error || !fs::is_directory(whole, error)) {
-        std::cerr << "quendal-conference: " << path.string() << " cannot be made" << std::endl;
-        return "";
-    }
-    return whole.string();
-}
-
-std::string find_client(const std::string& wanted)
-{
-    std::error_code error;
-    const fs::path client = wanted.empty()
-        ? fs::read_symlink("/proc/self/exe", error).parent_path() / "quendal"
-        : fs::absolute(wanted, error);
-    if (!error && ::access(client.c_str(), X_OK) == 0)
-        return client.string();
-    std::cerr << "quendal-conference: there is no client " << client.string()
-              << "; name it with --client" << std::endl;
-    return "";
-}
 
 int plan_members(
     const QD_Command_Line& line, const std::string& directory, std::vector<QD_Member_Plan>& members)
@@ -69,15 +31,15 @@ int plan_members(
 int hold(const QD_Command_Line& line)
 {
     QD_Conference_Setup setup;
-    setup.client_ = find_client(line.client_);
+    setup.client_ = qd_find_client(line.client_);
     if (setup.client_.empty())
-        return STATUS_TROUBLE;
-    setup.directory_ = make_directory(line.directory_);
+        return QD_STATUS_TROUBLE;
+    setup.directory_ = qd_make_directory(line.directory_);
     setup.options_ = line.options_;
     setup.announced_ = line.announced_;
     std::vector<QD_Member_Plan> members;
     if (setup.directory_.empty() || plan_members(line, setup.directory_, members) < 0)
-        return STATUS_TROUBLE;
+        return QD_STATUS_TROUBLE;
 
     std::cout << "members' directories: " << setup.directory_ << std::endl;
     QD_Conference conference(setup, std::cout);
@@ -90,7 +52,7 @@ int hold(const QD_Command_Line& line)
         demo ? QD_Course {std::chrono::seconds(line.seconds_), line.before_end_} : QD_Course {});
     const bool heard
         = !demo || qd_report_demo(setup.directory_, members, line.seconds_ > 0, std::cout) == 0;
-    return refused || conference.failures() > 0 || !heard ? STATUS_TROUBLE : 0;
+    return refused || conference.failures() > 0 || !heard ? QD_STATUS_TROUBLE : 0;
 }
 
 }
@@ -109,5 +71,9 @@ int main(int argc, char** argv)
         std::cout << QD_HELP;
         return 0;
     }
-    return hold(line);
+    for (int i = 1; i < argc; ++i)
+        qd_hide_password(argv[i]); // the list of processes shows them to everybody
+    if (line.mode_ == QD_Command_Line::JOIN)
+        return qd_join_conference(line);
+    return line.mode_ == QD_Command_Line::HOST ? qd_host_conference(line) : hold(line);
 }

@@ -39,7 +39,7 @@ TEST(CommandLine, SaysWhatIsWrong)
         Arguments arguments;
         const char* trouble;
     } const cases[] = {
-        {{}, "say what to do: run, demo or --help"},
+        {{}, "say what to do: run, demo, join, host or --help"},
         {{"walk"}, "there is no command \"walk\""},
         {{"run"}, "name at least one member"},
         {{"demo", "anna"}, "the demo names its members itself"},
@@ -51,6 +51,10 @@ TEST(CommandLine, SaysWhatIsWrong)
         {{"demo", "--screen", "1280"}, "--screen cannot be \"1280\""},
         {{"run", "--unannounced=yes", "a"}, "--unannounced takes no value"},
         {{"run", "--fast", "a"}, "there is no option --fast"},
+        {{"join", "anna"}, "say where the conference is: --broker URL"},
+        {{"join", "anna", "bo", "--broker", "mqtt://h"}, "one member joins: name it"},
+        {{"host", "anna", "bo"}, "one member hosts: name it, or none"},
+        {{"host", "--port", "65536"}, "--port cannot be \"65536\""},
     };
     for (const auto& c : cases) {
         QD_Command_Line line;

@@ -1,0 +1,139 @@
+// Membership at scale: how soon everybody knows of everybody, and what it costs.
+// Agents without clients in this one process, over real connections to a real broker.
+#include "tests/support/broker.h"
+#include "tests/support/crowd.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <sys/resource.h>
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr const char* SETTINGS = "allow_anonymous true\npersistence false\n"
+                                 "max_inflight_messages 100\nmax_queued_messages 2000\n";
+
+double broker_megabytes(const QD_Test_Broker& broker)
+{
+    std::ifstream status("/proc/" + std::to_string(broker.pid()) + "/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmHWM:"))
+            return std::stod(line.substr(6)) / 1024;
+    return -1;
+}
+
+double broker_cpu_seconds(const QD_Test_Broker& broker)
+{
+    std::ifstream stat("/proc/" + std::to_string(broker.pid()) + "/stat");
+    std::string word;
+    double ticks = 0;
+    for (int field = 1; field <= 15 && stat >> word; ++field)
+        ticks += field >= 14 ? std::stod(word) : 0;
+    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+double own_cpu_seconds()
+{
+    rusage used {};
+    getrusage(RUSAGE_SELF, &used);
+    return static_cast<double>(used.ru_utime.tv_sec + used.ru_stime.tv_sec)
+        + static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) / 1e6;
+}
+
+bool all_know(const QD_Crowd& crowd, size_t count)
+{
+    return std::all_of(crowd.members_.begin(), crowd.members_.end(),
+        [&](const auto& member) { return member->members() == count; });
+}
+
+/// Who could not join, and why: the first of them.
+void print_failures(const QD_Crowd& crowd)
+{
+    for (const auto& member : crowd.members_)
+        if (!member->failure_.empty()) {
+            printf("  %s\n", member->failure_.c_str());
+            return;
+        }
+}
+
+/// One conference. Returns 0, 1 if a budget is missed.
+int one_conference(int count)
+{
+    const QD_Test_Broker broker(SETTINGS);
+    QD_Crowd crowd;
+    for (int i = 0; i < count; ++i)
+        crowd.join("mqtt://" + broker.place() + "/standup", "m" + std::to_string(i));
+    const auto begin = QD_Clock::real().now();
+    const bool known = crowd.run_until(
+        [&] { return all_know(crowd, static_cast<size_t>(count)); }, std::chrono::seconds(30));
+    const double took = Seconds(QD_Clock::real().now() - begin).count();
+
+    constexpr double SPAN = 10;
+    const double broker_before = broker_cpu_seconds(broker);
+    const double own_before = own_cpu_seconds();
+    crowd.run_for(std::chrono::seconds(static_cast<int>(SPAN)));
+    const double broker_load = (broker_cpu_seconds(broker) - broker_before) / SPAN * 100;
+    const double agent_load = (own_cpu_seconds() - own_before) / SPAN * 100 / count;
+    printf("%9d %14.2f s %14.1f MB %14.1f %% %14.2f %%\n", count, took, broker_megabytes(broker),
+        broker_load, agent_load);
+    print_failures(crowd);
+    return known && took <= 3 ? 0 : 1;
+}
+
+/// Many conferences of three on one broker, begun over ten seconds.
+int many_conferences(int count)
+{
+    constexpr int SIZE = 3;
+    constexpr int AT_ONCE = 20; // every fifth of a second
+    const QD_Test_Broker broker(SETTINGS);
+    QD_Crowd crowd;
+    std::vector<QD_Clock::Time> begun;
+    for (int conference = 0; conference < count; ++conference) {
+        for (int i = 0; i < SIZE; ++i)
+            crowd.join("mqtt://" + broker.place() + "/c" + std::to_string(conference),
+                "m" + std::to_string(i));
+        begun.push_back(QD_Clock::real().now());
+        if (conference % AT_ONCE == AT_ONCE - 1)
+            crowd.run_for(std::chrono::milliseconds(200));
+    }
+    const bool known
+        = crowd.run_until([&] { return all_know(crowd, SIZE); }, std::chrono::seconds(60));
+    std::vector<double> took;
+    for (int conference = 0; conference < count; ++conference) {
+        auto newest = begun[static_cast<size_t>(conference)];
+        for (int i = 0; i < SIZE; ++i)
+            newest = std::max(
+                newest, crowd.members_[static_cast<size_t>(conference * SIZE + i)]->newest_);
+        took.push_back(Seconds(newest - begun[static_cast<size_t>(conference)]).count());
+    }
+    std::sort(took.begin(), took.end());
+    const double late = took[took.size() * 99 / 100];
+    const double memory = broker_megabytes(broker);
+    printf(
+        "%d conferences of %d: all know all in %.2f s median, %.2f s at the 99th percentile (2), "
+        "broker %.1f MB (64)%s\n",
+        count, SIZE, took[took.size() / 2], late, memory, known ? "" : ", NOT ALL");
+    print_failures(crowd);
+    return known && late <= 2 && memory <= 64 ? 0 : 1;
+}
+
+}
+
+int main()
+{
+    rlimit files {};
+    getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+
+    printf("one conference; budget: 3 s\n");
+    printf("%9s %16s %17s %16s %16s\n", "members", "all know all", "broker, peak", "broker, idle",
+        "agent, idle");
+    int missed = 0;
+    for (const int count : {3, 10, 30, 60, 100})
+        missed |= one_conference(count);
+    missed |= many_conferences(1000);
+    return missed;
+}

@@ -1,0 +1,12 @@
+// The commands for conferences across machines.
+#pragma once
+
+#include "conference/command_line.h"
+
+/// Takes part in a conference of a broker until the member leaves. Returns the
+/// program's status; what is wrong is said on standard error.
+int qd_join_conference(const QD_Command_Line& line);
+
+/// Starts a broker of its own, prints the line by which others join, and keeps
+/// it open until Ctrl-C; with a name it takes part, too. Returns the status.
+int qd_host_conference(const QD_Command_Line& line);

@@ -1,0 +1,25 @@
+#include "conference/host_lookup.h"
+
+#include "conference/address_claim.h"
+
+#include <netdb.h>
+#include <sys/socket.h>
+#include <thread>
+
+void QD_Host_Lookup::start(const std::string& host)
+{
+    question_.reset();
+    if (qd_address_number(host) != 0)
+        return;
+    question_ = std::make_shared<Question>();
+    std::thread([question = question_, host] {
+        addrinfo hints {};
+        hints.ai_socktype = SOCK_STREAM;
+        addrinfo* found = nullptr;
+        const bool known = ::getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0;
+        if (known)
+            ::freeaddrinfo(found);
+        question->answer_ = known ? KNOWN : UNKNOWN;
+        question->wake_.raise();
+    }).detach();
+}
