@@ -137,7 +137,7 @@ bool time_codecs(const QD_Bench_Link& link)
     std::vector<double> encode;
     std::vector<double> decode;
     for (const QD_Scene& scene : qd_scenes()) {
-        const auto film = scene.film(CLIPS, SECONDS);
+        const auto film = scene.film(CLIPS, SECONDS / 4);
         QD_Link_Coder coder(link.codec);
         coder.open(link.kbps, link.fps);
         QD_Picture_Decoder decoder(link.codec);
