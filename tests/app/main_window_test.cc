@@ -249,3 +249,19 @@ TEST(MainWindow, ListsMembersSettlesTheCutOffAndForgetsOnReset)
     EXPECT_EQ(ctrlWorkProcHandle, 0u);
     EXPECT_EQ(ctrlWorkProc(&program.termination), False);
 }
+
+TEST(MainWindow, CallOpensOneDialogWhichGoesWithTheWindow)
+{
+    Program program;
+    const auto dialogs = [] {
+        const auto& windows = theApplication->windows();
+        return std::count_if(windows.begin(), windows.end(),
+            [](const VkSimpleWindow* window) { return window->title() == "Call"; });
+    };
+    qd_click(program.find("callButton"));
+    qd_click(program.find("callButton"));
+    EXPECT_EQ(dialogs(), 1);
+    delete mainWindow;
+    mainWindow = nullptr;
+    EXPECT_EQ(dialogs(), 0);
+}
