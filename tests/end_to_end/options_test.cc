@@ -1,0 +1,262 @@
+// The options dialog of the real client by the keyboard, and what other members and the file get.
+#include "tests/support/client_under_test.h"
+#include "tests/support/udp_peer.h"
+#include "tests/support/x_server.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int CLIENT = 2;
+constexpr int CAPTURE = 9; // the test itself, a member who writes down what it gets
+constexpr auto PATIENCE = std::chrono::seconds(60);
+
+QD_Client_Under_Test::Set_Up with(const std::string& options_file)
+{
+    QD_Client_Under_Test::Set_Up set_up;
+    set_up.mic = "tone:440";
+    set_up.options_file = options_file;
+    for (const char* resource : {"*toggle.set: True", "*optionsWindow.geometry: +300+0"}) {
+        set_up.toolkit_options.emplace_back("-xrm");
+        set_up.toolkit_options.emplace_back(resource);
+    }
+    return set_up;
+}
+
+std::string image(int connection, int fps, int cutoff)
+{
+    std::string bytes(280, '\0');
+    bytes[3] = static_cast<char>(connection);
+    bytes[267] = bytes[271] = 125;
+    bytes[275] = static_cast<char>(fps);
+    bytes[279] = static_cast<char>(cutoff);
+    return bytes;
+}
+
+class OptionsTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { x_server_ = new QD_X_Server; }
+    static void TearDownTestSuite() { delete x_server_; }
+
+    explicit OptionsTest() :
+        audio_(qd_test_host(CAPTURE), 12567),
+        video_(qd_test_host(CAPTURE), 34999)
+    {
+    }
+
+    void start(const QD_Client_Under_Test::Set_Up& set_up)
+    {
+        client_.emplace(CLIENT, set_up);
+        person_.emplace(*client_);
+        client_->framework().announce(CLIENT, CLIENT, "client");
+        client_->framework().announce(CAPTURE, CAPTURE, "capture");
+        ASSERT_TRUE(client_->framework().settle());
+    }
+
+    void open_dialog()
+    {
+        ASSERT_TRUE(person_->look_at("Quendal"));
+        person_->press("ctrl+o");
+        ASSERT_TRUE(person_->look_at("Options"));
+    }
+
+    std::string look() const
+    {
+        const std::string file = client_->file("look.ppm");
+        unlink(file.c_str()); // of a window that has gone nothing is seen
+        QD_Process::Set_Up quiet;
+        quiet.errors = "/dev/null";
+        qd_run({"import", "-window", person_->window(), "-depth", "8", file}, quiet);
+        return qd_read_file(file);
+    }
+
+    /// Presses keys one by one, each when the last one's effect is seen.
+    void press(std::initializer_list<const char*> keys) const
+    {
+        person_->focus();
+        for (const char* key : keys) {
+            const std::string before = look();
+            qd_run({"xdotool", "key", key});
+            EXPECT_TRUE(qd_wait_for([&] { return look() != before; })) << key;
+        }
+    }
+
+    /// Opens the menu that has the keyboard and chooses in it.
+    void choose(std::vector<std::string> keys) const
+    {
+        press({"space"});
+        keys.insert(keys.begin(), {"xdotool", "key"});
+        keys.emplace_back("Return");
+        qd_run(keys);
+    }
+
+    /// Applies by the keyboard, from the control before OK, and comes back.
+    void apply() const
+    {
+        press({"Tab", "Tab"});
+        qd_run({"xdotool", "key", "space"});
+        press({"shift+Tab", "shift+Tab"});
+    }
+
+    /// Whether three packets in a row come with that payload type.
+    static bool sends(const QD_Udp_Peer& peer, int type)
+    {
+        int right = 0;
+        return qd_wait_for(
+            [&] {
+                const std::string packet = peer.receive();
+                right = packet.size() > 12 && (packet[1] & 0x7f) == type ? right + 1 : 0;
+                return right == 3;
+            },
+            PATIENCE);
+    }
+
+    /// Whether five gaps in a row between pictures are at least or at most so long.
+    bool gaps(bool (*right)(std::chrono::milliseconds)) const
+    {
+        int count = 0;
+        auto last = std::chrono::steady_clock::now();
+        return qd_wait_for(
+            [&] {
+                const bool came = !video_.receive().empty();
+                const auto now = std::chrono::steady_clock::now();
+                const auto gap = std::chrono::duration_cast<std::chrono::milliseconds>(now - last);
+                last = now;
+                count = came && right(gap) ? count + 1 : 0;
+                return count == 5;
+            },
+            PATIENCE);
+    }
+
+    /// A number of the file, as it is once it has been saved.
+    bool file_has(size_t offset, uint32_t number) const
+    {
+        return qd_wait_for([&] {
+            const std::string bytes = qd_read_file(client_->file(".qd.cfg"));
+            return bytes.size() == 280
+                && qd_get_u32(reinterpret_cast<const uint8_t*>(&bytes[offset])) == number;
+        });
+    }
+
+    static QD_X_Server* x_server_;
+    QD_Udp_Peer audio_;
+    QD_Udp_Peer video_;
+    std::optional<QD_Client_Under_Test> client_;
+    std::optional<QD_Person> person_;
+};
+
+QD_X_Server* OptionsTest::x_server_ = nullptr;
+
+}
+
+// The frame rates are no slips: a change of codec sets the rate of the new
+// connection over the user's own, but LAN asks for the wrong codec, so that it
+// keeps the rate after the modem and loses it after ISDN.
+TEST_F(OptionsTest, EachConnectionChangesWhatIsSentAndCancelKeepsIt)
+{
+    start(with(image(0, 7, 0)));
+    EXPECT_TRUE(sends(audio_, 15)) << "until options are applied";
+    open_dialog();
+    press({"Tab"});
+    struct {
+        uint32_t connection;
+        std::vector<std::string> keys;
+        int audio, video;
+        uint32_t fps;
+    } const steps[] = {{1, {"Down"}, 13, 1, 5}, {2, {"Down"}, 13, 1, 7}, {3, {"Down"}, 15, 1, 10},
+        {1, {"Up", "Up"}, 13, 1, 7}, {0, {"Up"}, 14, 0, 10},
+        {3, {"Down", "Down", "Down"}, 15, 1, 7}};
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.connection);
+        choose(step.keys);
+        apply();
+        EXPECT_TRUE(file_has(0, step.connection));
+        EXPECT_TRUE(sends(audio_, step.audio));
+        EXPECT_TRUE(sends(video_, step.video));
+        EXPECT_TRUE(file_has(272, step.fps)) << qd_get_u32(
+            reinterpret_cast<const uint8_t*>(&qd_read_file(client_->file(".qd.cfg"))[272]));
+    }
+    choose({"Up"});
+    qd_run({"xdotool", "key", "Escape"});
+    EXPECT_TRUE(sends(audio_, 15));
+    EXPECT_EQ(client_->end(), 0);
+    EXPECT_TRUE(file_has(0, 3));
+}
+
+TEST_F(OptionsTest, TheFrameRateTheCutOffAndTheLevelsAreApplied)
+{
+    // A short file counts for nothing: every frame is sent after OK, the cut-off of 99 is not read.
+    start(with(image(3, 7, 99).substr(0, 279)));
+    open_dialog();
+    qd_run({"xdotool", "windowfocus", "--sync", person_->window(), "key", "Return"});
+    EXPECT_TRUE(sends(audio_, 14));
+    EXPECT_TRUE(file_has(0, 0) && file_has(4, 1) && file_has(272, 5) && file_has(276, 0));
+
+    open_dialog();
+    press({"Right", "Right", "Tab", "Home"}); // the scale of the video page
+    press({"shift+Tab", "Left", "Tab", "End", "Tab", "End", "Tab", "space"}); // audio: mute
+    qd_run({"xdotool", "key", "Return"});
+    EXPECT_TRUE(file_has(272, 1) && file_has(264, 0) && file_has(268, 0));
+    EXPECT_TRUE(gaps([](std::chrono::milliseconds gap) { return gap.count() >= 500; }));
+
+    open_dialog();
+    press({"Right", "Tab", "End", "Tab", "End", "Tab", "space"}); // no longer mute
+    press({"shift+Tab", "shift+Tab", "shift+Tab", "Right", "Tab", "Tab"});
+    qd_run({"xdotool", "key", "space"}); // Default
+    press({"Tab", "Tab"});
+    qd_run({"xdotool", "key", "Tab", "Tab", "space"}); // Apply
+    EXPECT_TRUE(file_has(272, 10) && file_has(264, 255) && file_has(268, 191));
+    EXPECT_TRUE(gaps([](std::chrono::milliseconds gap) { return gap.count() <= 300; }));
+    EXPECT_EQ(client_->end(), 0);
+}
+
+TEST_F(OptionsTest, TheFilesCutOffHoldsFromOkOn)
+{
+    QD_Client_Under_Test::Set_Up set_up = with(image(3, 5, 99));
+    set_up.mic = "silence";
+    start(set_up);
+    EXPECT_TRUE(sends(audio_, 15));
+    open_dialog();
+    qd_run({"xdotool", "windowfocus", "--sync", person_->window(), "key", "Return"});
+    EXPECT_TRUE(qd_wait_for([&] { return audio_.receive(1500).empty(); }, PATIENCE));
+    EXPECT_TRUE(file_has(276, 99));
+    EXPECT_EQ(client_->end(), 0);
+}
+
+TEST_F(OptionsTest, LooksTheSameWhateverTheScreensResolution)
+{
+    std::string first;
+    for (const char* dpi : {"72", "96", "192"}) {
+        QD_Temp_Dir dir;
+        qd_write_file(dir.file("resources"), std::string("Xft.dpi: ") + dpi + "\n");
+        QD_Client_Under_Test::Set_Up set_up = with("");
+        set_up.environment["XENVIRONMENT"] = dir.file("resources");
+        start(set_up);
+        open_dialog();
+        std::string pages = look();
+        for (int page = 1; page < 3; ++page) {
+            press({"Right"});
+            pages += look();
+        }
+        if (first.empty())
+            first = pages;
+        EXPECT_TRUE(pages == first) << dpi;
+        EXPECT_EQ(client_->end(), 0);
+    }
+}
+
+TEST_F(OptionsTest, WorksUnderAWindowManager)
+{
+    QD_X_Server managed;
+    managed.manage();
+    start(with(""));
+    open_dialog();
+    EXPECT_EQ(managed.press("F4", "alt"), 0);
+    const auto gone = [&] { return qd_run({"xdotool", "getwindowname", person_->window()}) != 0; };
+    EXPECT_TRUE(qd_wait_for(gone)) << "closed by the window manager";
+    open_dialog();
+    qd_run({"xdotool", "key", "Escape"});
+    EXPECT_TRUE(qd_wait_for(gone));
+    EXPECT_EQ(client_->end(), 0);
+    setenv("DISPLAY", x_server_->display().c_str(), 1);
+}
