@@ -186,7 +186,8 @@ std::string QD_Broker_Link::describe(int error) const
 {
     if (log_.find("certificate verify failed") != std::string::npos)
         return "its certificate is not one that is trusted here";
-    if (log_.find("wrong version number") != std::string::npos)
+    if (log_.find("wrong version number") != std::string::npos
+        || log_.find("unexpected eof") != std::string::npos)
         return "it does not speak TLS there";
     if (error == MOSQ_ERR_ERRNO)
         return strerror(errno);

@@ -170,7 +170,7 @@ TEST_F(Guarded_Broker, SaysInOneLineWhyItCannotBeUsed)
         {url("mqtt", "anna:pw-anna"), "perhaps it wants TLS"},
         {url("mqtts", "chiara:pw-chiara"), "it does not let chiara into the conference standup"},
         {nowhere, "Connection refused"},
-        {not_tls, "it"},
+        {not_tls, "it does not speak TLS there"},
         {nameless, "there is no host of this name"},
     };
     for (const auto& c : cases)
