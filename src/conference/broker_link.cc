@@ -196,7 +196,7 @@ std::string QD_Broker_Link::describe(int error) const
     if (!log_.empty())
         return log_;
     if (error == MOSQ_ERR_CONN_REFUSED)
-        return strerror(ECONNREFUSED);
+        return "the connection is refused, or it does not speak TLS there";
     if (error == MOSQ_ERR_CONN_LOST || error == MOSQ_ERR_NO_CONN)
         return state_ == UP
             ? "the connection broke"
