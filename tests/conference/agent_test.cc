@@ -1,6 +1,7 @@
 #include "conference/agent.h"
 #include "tests/support/broker.h"
 #include "tests/support/crowd.h"
+#include "tests/support/promised.h"
 
 #include <gmock/gmock.h>
 #include <regex>

@@ -1,6 +1,7 @@
 // The companion's join and host as processes, with clients that keep to their link.
 #include "tests/support/broker.h"
 #include "tests/support/loopback.h"
+#include "tests/support/promised.h"
 
 #include <gmock/gmock.h>
 

@@ -17,9 +17,3 @@ bool qd_wait_for(Condition condition, std::chrono::milliseconds bound = std::chr
     }
     return true;
 }
-
-/// A time that is promised to users, as it can be held here: a sanitizer takes its own.
-inline std::chrono::milliseconds qd_promised(std::chrono::milliseconds time)
-{
-    return *QD_SANITIZED != '\0' ? 3 * time : time;
-}
