@@ -66,9 +66,9 @@ struct QD_Broker_Link::Callbacks {
         QD_Broker_Link& self = link(object);
         const std::string_view topic = message->topic;
         if (self.state_ == UP && topic.starts_with(self.prefix_))
-            self.events_.received(std::string(topic.substr(self.prefix_.size())),
-                {static_cast<const char*>(message->payload),
-                    static_cast<size_t>(message->payloadlen)});
+            self.inbox_.emplace_back(topic.substr(self.prefix_.size()),
+                std::string(static_cast<const char*>(message->payload),
+                    static_cast<size_t>(message->payloadlen)));
     }
     static void log(mosquitto*, void* object, int level, const char* text)
     {
@@ -186,7 +186,8 @@ std::string QD_Broker_Link::describe(int error) const
 {
     if (log_.find("certificate verify failed") != std::string::npos)
         return "its certificate is not one that is trusted here";
-    if (log_.find("wrong version number") != std::string::npos)
+    if (log_.find("wrong version number") != std::string::npos
+        || log_.find("unexpected eof") != std::string::npos)
         return "it does not speak TLS there";
     if (error == MOSQ_ERR_ERRNO)
         return strerror(errno);
@@ -195,7 +196,7 @@ std::string QD_Broker_Link::describe(int error) const
     if (!log_.empty())
         return log_;
     if (error == MOSQ_ERR_CONN_REFUSED)
-        return strerror(ECONNREFUSED);
+        return "the connection is refused, or it does not speak TLS there";
     if (error == MOSQ_ERR_CONN_LOST || error == MOSQ_ERR_NO_CONN)
         return state_ == UP
             ? "the connection broke"
@@ -225,7 +226,7 @@ void QD_Broker_Link::subscribed(int count, const int* granted)
     }
     state_ = UP;
     deadline_ = QD_Clock::Time::max();
-    events_.link_up();
+    came_up_ = true;
 }
 
 void QD_Broker_Link::published(int reason)
@@ -256,6 +257,8 @@ void QD_Broker_Link::drop(const std::string& why)
 void QD_Broker_Link::lose(const std::string& why)
 {
     handle_.reset();
+    came_up_ = false;
+    inbox_.clear();
     if (state_ == CLOSING || state_ == CLOSED) {
         state_ = CLOSED;
         deadline_ = QD_Clock::Time::max();
@@ -288,6 +291,17 @@ void QD_Broker_Link::watch(std::vector<pollfd>& polled) const
             static_cast<short>(POLLIN | (mosquitto_want_write(handle_.get()) ? POLLOUT : 0)), 0});
 }
 
+/// Tells what the library's callbacks have brought, outside of them: the
+/// library holds locks while it calls.
+void QD_Broker_Link::deliver()
+{
+    if (std::exchange(came_up_, false))
+        events_.link_up();
+    for (const auto& [topic, payload] : std::exchange(inbox_, {}))
+        if (state_ == UP)
+            events_.received(topic, payload);
+}
+
 /// Reads and writes what can be at once.
 void QD_Broker_Link::transfer()
 {
@@ -306,6 +320,7 @@ void QD_Broker_Link::transfer()
         // While TLS begins the library takes a connection that failed for one under way.
         if (error == MOSQ_ERR_SUCCESS && (ready.revents & POLLHUP) != 0 && state_ == CONNECTING)
             error = MOSQ_ERR_CONN_REFUSED;
+        deliver();
     }
     const QD_Clock::Time now = now_is();
     if (error == MOSQ_ERR_SUCCESS && now >= upkeep_) {

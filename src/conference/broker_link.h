@@ -73,6 +73,7 @@ private:
     int prepare();
     int prepare_security();
     void transfer();
+    void deliver();
     void connected(int reason);
     void subscribed(int count, const int* granted);
     void published(int reason);
@@ -89,6 +90,8 @@ private:
     QD_Clock::Time deadline_ = QD_Clock::Time::max(); // of the state
     QD_Clock::Time upkeep_ {};
     std::chrono::milliseconds pause_;
+    std::vector<std::pair<std::string, std::string>> inbox_; // topics and payloads
+    bool came_up_ = false;
     std::string log_;  // what the library said last of an error
     std::string doom_; // why the connection is to be given up, found within a callback
 };

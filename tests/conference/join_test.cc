@@ -1,6 +1,7 @@
 // The companion's join and host as processes, with clients that keep to their link.
 #include "tests/support/broker.h"
 #include "tests/support/loopback.h"
+#include "tests/support/promised.h"
 
 #include <gmock/gmock.h>
 
@@ -113,14 +114,14 @@ TEST_F(Join, EachClientIsToldOfItselfFirstAndOfTheSameMembers)
 TEST_F(Join, AKilledCompanionIsGoneForAllWithinASecond)
 {
     seats_[2]->process().end(SIGKILL);
-    EXPECT_TRUE(gone(1s));
+    EXPECT_TRUE(gone(qd_promised(1s)));
     EXPECT_THAT(seats_[0]->payloads(), HasSubstr("\n3f"));
 }
 
 TEST_F(Join, AKilledClientIsGoneForAllWithinASecond)
 {
     ::kill(seats_[2]->client(), SIGKILL);
-    EXPECT_TRUE(gone(1s));
+    EXPECT_TRUE(gone(qd_promised(1s)));
     EXPECT_EQ(seats_[2]->process().wait(10s), 1);
     EXPECT_THAT(seats_[2]->said(), HasSubstr("cleo ended with signal 9"));
 }
@@ -128,13 +129,13 @@ TEST_F(Join, AKilledClientIsGoneForAllWithinASecond)
 TEST_F(Join, AFrozenClientIsGoneForAllWithinTenSeconds)
 {
     ::kill(seats_[2]->client(), SIGSTOP);
-    EXPECT_TRUE(gone(10s));
+    EXPECT_TRUE(gone(qd_promised(10s)));
 }
 
 TEST_F(Join, AFrozenCompanionIsGoneForAllWithinTenSecondsAndComesBack)
 {
     ::kill(seats_[2]->process().pid(), SIGSTOP);
-    EXPECT_TRUE(gone(10s));
+    EXPECT_TRUE(gone(qd_promised(10s)));
     ::kill(seats_[2]->process().pid(), SIGCONT);
     const std::string again = seats_[2]->label("cleo") + " has joined\n";
     EXPECT_TRUE(qd_wait_for([&] {

@@ -17,10 +17,10 @@ namespace {
 constexpr int BROKER_HOST = 254;
 constexpr int HOSTS = 4;
 
-/// No multiples, sums or differences of one another, which a loud mix has, too.
+/// None is near a sum or difference of multiples of the others, which a loud mix has, too.
 int tone_of(int host)
 {
-    constexpr int TONES[] = {0, 310, 470, 730, 1090};
+    constexpr int TONES[] = {0, 2171, 925, 2331, 2051};
     return TONES[host];
 }
 
