@@ -16,31 +16,24 @@ public:
         std::string mic = "silence";
         std::string speaker = "null";
         std::string camera = "testcard";
-        std::string options_file; // bytes, "" for none
-        std::vector<std::string> toolkit_options;
-        std::map<std::string, std::string> environment;
+        std::string options_file {}; // bytes, "" for none
+        std::vector<std::string> toolkit_options {};
     };
 
     QD_Client_Under_Test(int host, const Set_Up& set_up)
     {
         if (!set_up.options_file.empty())
             qd_write_file(file(".qd.cfg"), set_up.options_file);
-        std::vector<std::string> command {QD_BUILD_DIR "/quendal"};
-        for (const std::string& option : set_up.toolkit_options)
-            command.push_back(option);
-        for (const std::string& word :
-            {std::string("11"), std::string("22"), std::string("33"), framework_.port()})
-            command.push_back(word);
+        std::vector<std::string> command = set_up.toolkit_options;
+        command.insert(command.begin(), QD_BUILD_DIR "/quendal");
+        command.insert(command.end(), {"11", "22", "33", framework_.port()});
         QD_Process::Set_Up process;
         process.out = file("log");
         process.errors = "&1";
         process.directory = dir_.path();
         process.environment = {{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
             {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}};
-        for (const auto& [name, value] : set_up.environment)
-            process.environment[name] = value;
         child_.emplace(command, process);
-
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
 
@@ -60,7 +53,6 @@ public:
     pid_t pid() const { return child_->pid(); }
     std::string file(const std::string& name) const { return dir_.file(name); }
     std::string log() const { return qd_read_file(file("log")); }
-    const std::string& directory() const { return dir_.path(); }
 
 private:
     QD_Temp_Dir dir_;
@@ -72,22 +64,15 @@ private:
 /// A person at the real windows, by xdotool.
 class QD_Person {
 public:
-    explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
+    explicit QD_Person(const QD_Client_Under_Test& client) : pid_(std::to_string(client.pid())) {}
 
     /// Finds the window whose title begins so and keeps to it. Returns whether it came.
     bool look_at(const std::string& title)
     {
-        const std::string found = client_.file("window");
         return qd_wait_for(
             [&] {
-                unlink(found.c_str());
-                QD_Process::Set_Up out;
-                out.out = found;
-                out.errors = "/dev/null";
-                qd_run({"xdotool", "search", "--onlyvisible", "--pid",
-                           std::to_string(client_.pid()), "--name", "^" + title},
-                    out);
-                window_ = qd_read_file(found);
+                window_ = qd_output(
+                    "xdotool search --onlyvisible --pid " + pid_ + " --name '^" + title + "'");
                 window_ = window_.substr(0, window_.find('\n'));
                 return !window_.empty();
             },
@@ -98,18 +83,18 @@ public:
     const std::string& window() const { return window_; }
 
     /// Clicks at a place of the window.
-    int click(int x, int y) const
+    void click(int x, int y) const
     {
-        return qd_run({"xdotool", "mousemove", "--window", window_, std::to_string(x),
-            std::to_string(y), "click", "1"});
+        qd_run({"xdotool", "mousemove", "--window", window_, std::to_string(x), std::to_string(y),
+            "click", "1"});
     }
 
-    int press(const std::string& keys) const
+    void press(const std::string& keys) const
     {
-        return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
+        qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
     }
 
 private:
-    const QD_Client_Under_Test& client_;
+    std::string pid_;
     std::string window_;
 };
