@@ -68,16 +68,6 @@ protected:
 
 }
 
-TEST_F(PortTest, ReadsAtThePaceOfTheDevice)
-{
-    start_device();
-    for (int16_t first = 1; first < 8000; first = static_cast<int16_t>(first + 800)) {
-        EXPECT_EQ(read(), 100);
-        EXPECT_EQ(frame_.front(), first);
-        EXPECT_EQ(sound(), 800u);
-    }
-}
-
 TEST_F(PortTest, WithoutADeviceSilenceComesAtThePaceOfTheClock)
 {
     for (int i = 0; i < 20; ++i) {
