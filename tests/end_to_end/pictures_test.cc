@@ -18,24 +18,15 @@ const char* const CARDS[] = {"testcard:0", "testcard:120"};
 
 class PicturesTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() { x_server_ = new QD_X_Server("1430x800x24"); }
-    static void TearDownTestSuite() { delete x_server_; }
+    PicturesTest() { static const QD_X_Server x_server("1430x800x24"); }
 
     // A client with its camera on, its video windows in a row of their own.
-    static QD_Client_Under_Test::Set_Up seeing(int index, const std::string& options_file = "")
+    static QD_Client_Under_Test::Set_Up seeing(int index)
     {
-        QD_Client_Under_Test::Set_Up set_up;
-        set_up.camera = CARDS[index];
-        set_up.options_file = options_file;
         const std::string y = std::to_string(400 * index);
-        for (const std::string& resource :
-            {std::string("*toggle.set: True"), std::string("*videoX: 300"), "*videoY: " + y}) {
-            set_up.toolkit_options.emplace_back("-xrm");
-            set_up.toolkit_options.push_back(resource);
-        }
-        set_up.toolkit_options.emplace_back("-geometry");
-        set_up.toolkit_options.push_back("+0+" + y);
-        return set_up;
+        return {.camera = CARDS[index],
+            .toolkit_options = {"-geometry", "+0+" + y, "-xrm", "*toggle.set: True", "-xrm",
+                "*videoX: 300", "-xrm", "*videoY: " + y}};
     }
 
     static QD_Shot shoot(const QD_Client_Under_Test& viewer, int member)
@@ -54,17 +45,11 @@ protected:
         return qd_wait_for(
             [&] {
                 const QD_Shot shot = shoot(viewer, member);
-                if (!shot.good())
-                    return false;
-                return qd_shows_card(shot, hue);
+                return shot.good() && qd_shows_card(shot, hue);
             },
             std::chrono::seconds(20));
     }
-
-    static QD_X_Server* x_server_;
 };
-
-QD_X_Server* PicturesTest::x_server_ = nullptr;
 
 int figure(const std::string& log, const std::string& before)
 {
@@ -97,7 +82,7 @@ TEST_F(PicturesTest, EveryWindowShowsItsMembersCamera)
 
 TEST_F(PicturesTest, LostPacketsFreezeNothingAndPicturesRecover)
 {
-    QD_Relay relay(qd_test_host(RELAY), qd_test_host(BERNT), VIDEO_PORT, 1);
+    QD_Relay relay(qd_test_host(RELAY), qd_test_host(BERNT), VIDEO_PORT);
     ASSERT_TRUE(relay.bound());
     QD_Client_Under_Test anna(ANNA, seeing(0));
     QD_Client_Under_Test bernt(BERNT, seeing(1));
@@ -193,12 +178,10 @@ TEST_F(PicturesTest, TwentyFiveAreReceivedAndTwentyFiveDrawnEachSecond)
     }
 }
 
-size_t resident_kilobytes(pid_t pid)
+// Kilobytes of memory in use.
+int resident(const QD_Client_Under_Test& client)
 {
-    std::ifstream statm("/proc/" + std::to_string(pid) + "/statm");
-    size_t pages = 0;
-    statm >> pages >> pages;
-    return pages * 4;
+    return atoi(qd_output("ps -o rss= -p " + std::to_string(client.pid())).c_str());
 }
 
 TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeaving)
@@ -209,7 +192,7 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
     bernt.framework().announce(BERNT, BERNT, "m3");
     QD_Person person(bernt);
     ASSERT_TRUE(person.look_at("Quendal"));
-    size_t early = 0;
+    int early = 0;
     for (int round = 0; round < 100; ++round) {
         bernt.framework().announce(ANNA, ANNA, "m2");
         ASSERT_TRUE(bernt.framework().settle());
@@ -224,19 +207,12 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
         bernt.framework().remove(ANNA, ANNA);
         ASSERT_TRUE(bernt.framework().settle());
         if (round == 30)
-            early = resident_kilobytes(bernt.pid());
+            early = resident(bernt);
     }
     if (std::string(QD_SANITIZED).empty()) { // sanitizers hold freed memory back
-        EXPECT_LT(resident_kilobytes(bernt.pid()), early + 2048);
+        EXPECT_LT(resident(bernt), early + 2048);
     }
-    EXPECT_TRUE(qd_wait_for([&] {
-        const std::string found = bernt.file("stale");
-        unlink(found.c_str());
-        QD_Process::Set_Up out;
-        out.out = found;
-        out.errors = "/dev/null";
-        qd_run({"xdotool", "search", "--name", "^m2@"}, out);
-        return qd_read_file(found).empty();
-    })) << "no window is left of who left";
+    EXPECT_TRUE(qd_wait_for([] { return qd_output("xdotool search --name '^m2@'").empty(); }))
+        << "no window is left of who left";
     EXPECT_EQ(bernt.end(), 0);
 }
