@@ -46,15 +46,17 @@ protected:
         return false;
     }
 
-    /// The gains of all sink inputs ("sink-inputs") or source outputs, as the server has them.
-    static std::vector<int> gains(const std::string& kind)
+    /// Whether the server comes to have these gains of all "sink-inputs" or "source-outputs".
+    static bool become(const std::string& kind, const std::vector<int>& expected)
     {
-        std::istringstream volumes(
-            qd_output("pactl list " + kind + " | grep -o 'front-[a-z]*: *[0-9]*' | sed 's/.* //'"));
-        std::vector<int> found;
-        for (uint32_t volume = 0; volumes >> volume;)
-            found.push_back(qd_pulse_gain(volume));
-        return found;
+        return qd_wait_for([&] {
+            std::istringstream volumes(qd_output(
+                "pactl list " + kind + " | grep -o 'front-[a-z]*: *[0-9]*' | sed 's/.* //'"));
+            std::vector<int> gains;
+            for (uint32_t volume = 0; volumes >> volume;)
+                gains.push_back(qd_pulse_gain(volume));
+            return gains == expected;
+        });
     }
 
     QD_Pulse_Server server_;
@@ -68,7 +70,6 @@ TEST(PulseVolume, EachGainComesBackExactly)
 {
     for (int gain = 0; gain <= 255; ++gain)
         EXPECT_EQ(qd_pulse_gain(qd_pulse_volume(gain)), gain);
-    EXPECT_EQ(qd_pulse_volume(0), 0u);
     EXPECT_EQ(qd_pulse_volume(255), 65536u);
 }
 
@@ -81,9 +82,6 @@ TEST_F(Pulse, GainsReachTheStreamsThatAreOpenAndThoseToCome)
     open("w");
     open("r");
     ASSERT_TRUE(server_.start());
-    const auto become = [&](const char* kind, const std::vector<int>& expected) {
-        return qd_wait_for([&] { return gains(kind) == expected; });
-    };
     EXPECT_TRUE(become("sink-inputs", {51, 204}));
     EXPECT_TRUE(become("source-outputs", {200, 255}));
 

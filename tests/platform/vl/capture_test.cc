@@ -73,27 +73,20 @@ protected:
 
 }
 
-TEST_F(Capture, EachPictureIsNewerThanTheLast)
+TEST_F(Capture, PicturesAreWholeNewAndEvenlySpaced)
 {
     start();
+    capture_->set_rate(50);
     std::string before(QD_PICTURE_SIZE, '\0');
-    std::string picture = before;
-    for (int i = 0; i < 100; ++i) {
+    capture_->get(before.data());
+    const auto begin = QD_Clock::real().now();
+    for (int i = 0; i < 20; ++i) {
+        std::string picture = before;
         capture_->get(picture.data());
         EXPECT_EQ(picture, std::string(QD_PICTURE_SIZE, picture[0])) << "whole";
         EXPECT_NE(picture[0], before[0]);
         before = picture;
     }
-}
-
-TEST_F(Capture, PicturesAreEvenlySpaced)
-{
-    start();
-    capture_->set_rate(25);
-    from_camera();
-    const auto begin = QD_Clock::real().now();
-    for (int i = 0; i < 10; ++i)
-        EXPECT_TRUE(from_camera());
     const auto took = QD_Clock::real().now() - begin;
     EXPECT_GE(took, 390ms);
     EXPECT_LT(took, 800ms);

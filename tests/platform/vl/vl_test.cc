@@ -24,17 +24,18 @@ protected:
     }
     static std::string h263(const std::string& picture, bool intra)
     {
-        char out[QD_CODED_SIZE];
+        std::string out(QD_CODED_SIZE, '\0');
         const char* p = picture.data();
-        const int n = intra ? H263codeIntraFrame(p, out) : H263codeFrame(&p, out);
-        return std::string(out, static_cast<size_t>(std::max(n, 0)));
+        out.resize(static_cast<size_t>(
+            intra ? H263codeIntraFrame(p, out.data()) : H263codeFrame(&p, out.data())));
+        return out;
     }
     static std::string h261(const std::string& picture, bool intra)
     {
-        char out[QD_CODED_SIZE];
-        const int n = intra ? p64EncodeIntraFrame(picture.data(), out)
-                            : p64EncodeFrame(picture.data(), out);
-        return std::string(out, static_cast<size_t>(std::max(n, 0)));
+        std::string out(QD_CODED_SIZE, '\0');
+        out.resize(static_cast<size_t>(
+            (intra ? p64EncodeIntraFrame : p64EncodeFrame)(picture.data(), out.data())));
+        return out;
     }
 };
 
