@@ -1,9 +1,8 @@
 // Pictures between real clients: what a window shows is what its member's camera saw.
-#include "platform/vl/vl.h"
-#include "tests/support/client_under_test.h"
+#include "platform/vl/codec.h"
 #include "tests/support/relay.h"
-#include "tests/support/screen.h"
 #include "tests/support/udp_peer.h"
+#include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 
 #include <gtest/gtest.h>
@@ -23,31 +22,7 @@ protected:
     // A client with its camera on, its video windows in a row of their own.
     static QD_Client_Under_Test::Set_Up seeing(int index)
     {
-        const std::string y = std::to_string(400 * index);
-        return {.camera = CARDS[index],
-            .toolkit_options = {"-geometry", "+0+" + y, "-xrm", "*toggle.set: True", "-xrm",
-                "*videoX: 300", "-xrm", "*videoY: " + y}};
-    }
-
-    static QD_Shot shoot(const QD_Client_Under_Test& viewer, int member)
-    {
-        QD_Person person(viewer);
-        if (!person.look_at("m" + std::to_string(member) + "@"))
-            return QD_Shot("");
-        const std::string file = viewer.file("shot.ppm");
-        qd_run({"import", "-window", person.window(), "-depth", "8", file});
-        return QD_Shot(file);
-    }
-
-    // Whether the viewer's window of that member shows the card of that hue.
-    static bool shows(const QD_Client_Under_Test& viewer, int member, int hue)
-    {
-        return qd_wait_for(
-            [&] {
-                const QD_Shot shot = shoot(viewer, member);
-                return shot.good() && qd_shows_card(shot, hue);
-            },
-            std::chrono::seconds(20));
+        return {.camera = CARDS[index], .toolkit_options = qd_seeing_options(index)};
     }
 };
 
@@ -59,30 +34,9 @@ int figure(const std::string& log, const std::string& before)
 
 }
 
-TEST_F(PicturesTest, EveryWindowShowsItsMembersCamera)
-{
-    QD_Client_Under_Test anna(ANNA, seeing(0));
-    QD_Client_Under_Test bernt(BERNT, seeing(1));
-    for (QD_Client_Under_Test* client : {&anna, &bernt})
-        for (int member : {ANNA, BERNT})
-            client->framework().announce(member, member, "m" + std::to_string(member));
-    for (QD_Client_Under_Test* client : {&anna, &bernt}) {
-        EXPECT_TRUE(shows(*client, ANNA, 0));
-        EXPECT_TRUE(shows(*client, BERNT, 120));
-    }
-    // Who leaves takes the window along; the others go on.
-    anna.framework().remove(BERNT, BERNT);
-    ASSERT_TRUE(anna.framework().settle());
-    EXPECT_TRUE(shows(anna, ANNA, 0));
-    EXPECT_EQ(bernt.end(), 0);
-    EXPECT_EQ(anna.end(), 0);
-    EXPECT_GT(figure(bernt.log(), "QD_VideoApp: sent "), 0);
-    EXPECT_NE(bernt.log().find(", shown "), std::string::npos);
-}
-
 TEST_F(PicturesTest, LostPacketsFreezeNothingAndPicturesRecover)
 {
-    QD_Relay relay(qd_test_host(RELAY), qd_test_host(BERNT), VIDEO_PORT);
+    QD_Relay relay(qd_test_host(RELAY), qd_test_host(BERNT), VIDEO_PORT, 1);
     ASSERT_TRUE(relay.bound());
     QD_Client_Under_Test anna(ANNA, seeing(0));
     QD_Client_Under_Test bernt(BERNT, seeing(1));
@@ -90,20 +44,20 @@ TEST_F(PicturesTest, LostPacketsFreezeNothingAndPicturesRecover)
     anna.framework().announce(BERNT, RELAY, "m3");
     bernt.framework().announce(BERNT, BERNT, "m3");
     bernt.framework().announce(ANNA, ANNA, "m2");
-    EXPECT_TRUE(shows(bernt, ANNA, 0));
+    EXPECT_TRUE(qd_shows(bernt, "m2@", 0));
     for (int percent : {5, 20}) {
         relay.drop(percent);
         const int dropped = relay.dropped();
         std::string last;
         for (int changes = 0; changes < 8; ++changes)
             EXPECT_TRUE(qd_wait_for([&] {
-                const std::string now = shoot(bernt, ANNA).picture();
+                const std::string now = qd_shoot(bernt, "m2@").picture();
                 return now != last && (last = now, true);
             })) << "the clock in the picture runs";
         EXPECT_TRUE(
             qd_wait_for([&] { return relay.dropped() > dropped; }, std::chrono::seconds(30)));
         relay.drop(0);
-        EXPECT_TRUE(shows(bernt, ANNA, 0));
+        EXPECT_TRUE(qd_shows(bernt, "m2@", 0));
     }
     EXPECT_EQ(anna.end(), 0);
     EXPECT_EQ(bernt.end(), 0);
@@ -114,10 +68,8 @@ class Sender {
 public:
     Sender() : peer_(qd_test_host(ANNA), VIDEO_PORT)
     {
-        H263initEncoder(QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT);
-        init_codec();
-        init_encoder();
-        qd_set_video_rate(1500, 25);
+        for (QD_Picture_Encoder& encoder : encoders_)
+            encoder.open(25, QD_CODED_SIZE);
     }
 
     bool bound() const { return peer_.bound(); }
@@ -127,17 +79,11 @@ public:
     {
         std::string card(QD_PICTURE_SIZE, '\0');
         QD_Test_Card(240).paint(number * 40, card.data());
-        std::string payload(12 + QD_CODED_SIZE + 3, '\0');
-        char* coded = payload.data() + 12;
-        const char* picture = card.data();
-        int size = 0;
-        if (number % 10 == 0)
-            size = type == 0 ? H263codeIntraFrame(picture, coded)
-                             : p64EncodeIntraFrame(picture, coded);
-        else
-            size = type == 0 ? H263codeFrame(&picture, coded) : p64EncodeFrame(picture, coded);
-        payload.resize(static_cast<size_t>(12 + size + 3));
-        return size > 0 && send(type, payload);
+        std::string coded(QD_CODED_SIZE, '\0');
+        const int size = encoders_[type].encode(card.data(), number % 10 == 0, 4, coded.data());
+        return size > 0
+            && send(
+                type, std::string(12, 'h') + coded.substr(0, static_cast<size_t>(size)) + "end");
     }
 
     bool send(int type, const std::string& payload)
@@ -151,6 +97,8 @@ public:
 
 private:
     QD_Udp_Peer peer_;
+    QD_Picture_Encoder encoders_[2] {
+        QD_Picture_Encoder(QD_Codec::H263), QD_Picture_Encoder(QD_Codec::H261)};
     int seq_ = 0;
 };
 
@@ -171,17 +119,11 @@ TEST_F(PicturesTest, TwentyFiveAreReceivedAndTwentyFiveDrawnEachSecond)
             next += std::chrono::milliseconds(40);
             std::this_thread::sleep_until(next); // the pace is what is tested
         }
-        EXPECT_TRUE(shows(bernt, ANNA, 240));
+        EXPECT_TRUE(qd_shows(bernt, "m2@", 240));
         EXPECT_EQ(bernt.end(), 0);
         // The first picture opens the window and the second prepares it.
         EXPECT_GE(figure(bernt.log(), "shown "), SENT - 4);
     }
-}
-
-// Kilobytes of memory in use.
-int resident(const QD_Client_Under_Test& client)
-{
-    return atoi(qd_output("ps -o rss= -p " + std::to_string(client.pid())).c_str());
 }
 
 TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeaving)
@@ -192,7 +134,7 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
     bernt.framework().announce(BERNT, BERNT, "m3");
     QD_Person person(bernt);
     ASSERT_TRUE(person.look_at("Quendal"));
-    int early = 0;
+    size_t early = 0;
     for (int round = 0; round < 100; ++round) {
         bernt.framework().announce(ANNA, ANNA, "m2");
         ASSERT_TRUE(bernt.framework().settle());
@@ -207,10 +149,10 @@ TEST_F(PicturesTest, WindowsOpenAndCloseAHundredTimesBySendersRequestsAndByLeavi
         bernt.framework().remove(ANNA, ANNA);
         ASSERT_TRUE(bernt.framework().settle());
         if (round == 30)
-            early = resident(bernt);
+            early = qd_resident_kilobytes(bernt.pid());
     }
     if (std::string(QD_SANITIZED).empty()) { // sanitizers hold freed memory back
-        EXPECT_LT(resident(bernt), early + 2048);
+        EXPECT_LT(qd_resident_kilobytes(bernt.pid()), early + 2048);
     }
     EXPECT_TRUE(qd_wait_for([] { return qd_output("xdotool search --name '^m2@'").empty(); }))
         << "no window is left of who left";

@@ -2,13 +2,13 @@
 #include "audio/adpcm.h"
 #include "audio/gsm_codec.h"
 #include "tests/support/client_under_test.h"
+#include "tests/support/signal_math.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/wav.h"
 #include "tests/support/x_server.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 
@@ -63,20 +63,6 @@ Samples decode_gsm(const std::vector<std::string>& packets)
     return samples;
 }
 
-// Speech-like noise: bursts of changing loudness, never silent for a whole frame.
-Samples noise(unsigned seed)
-{
-    std::mt19937 random(seed);
-    Samples samples;
-    double value = 0;
-    for (int i = 0; i < 8000 * 3; ++i) {
-        value = 0.9 * value + static_cast<double>(random() % 2000) - 1000;
-        const double loudness = 1.5 + std::sin(i / 900.0);
-        samples.push_back(static_cast<short>(value * loudness));
-    }
-    return samples;
-}
-
 class SoundTest : public testing::Test {
 protected:
     SoundTest() : capture_(qd_test_host(CAPTURE), AUDIO_PORT)
@@ -116,16 +102,10 @@ protected:
         return packets;
     }
 
-    const Samples voice_ = noise(7);
+    const Samples voice_ = qd_noise(7);
     QD_Temp_Dir dir_;
     QD_Udp_Peer capture_;
 };
-
-// Whether `part` stands in `whole` sample for sample.
-bool contains(const Samples& whole, const Samples& part)
-{
-    return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end();
-}
 
 }
 
@@ -163,8 +143,8 @@ TEST_F(SoundTest, PcmIsBitExactFromMicrophoneToLoudspeakerAtTenPacketsASecond)
     Samples looped;
     while (looped.size() < voice_.size() + sent.size())
         looped.insert(looped.end(), voice_.begin(), voice_.end());
-    EXPECT_TRUE(contains(looped, sent)) << "the microphone's samples without a gap";
-    EXPECT_TRUE(contains(
+    EXPECT_TRUE(qd_contains(looped, sent)) << "the microphone's samples without a gap";
+    EXPECT_TRUE(qd_contains(
         qd_read_wav(dir_.file("port-1.wav")), decode_pcm({packets.begin(), packets.end() - 5})));
 }
 

@@ -18,6 +18,7 @@ public:
         std::string camera = "testcard";
         std::string options_file {}; // bytes, "" for none
         std::vector<std::string> toolkit_options {};
+        std::map<std::string, std::string> environment {}; // further or instead of the test's own
     };
 
     QD_Client_Under_Test(int host, const Set_Up& set_up)
@@ -33,6 +34,8 @@ public:
         process.directory = dir_.path();
         process.environment = {{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
             {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}};
+        for (const auto& [name, value] : set_up.environment)
+            process.environment[name] = value;
         child_.emplace(command, process);
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
@@ -64,15 +67,22 @@ private:
 /// A person at the real windows, by xdotool.
 class QD_Person {
 public:
-    explicit QD_Person(const QD_Client_Under_Test& client) : pid_(std::to_string(client.pid())) {}
+    explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
 
     /// Finds the window whose title begins so and keeps to it. Returns whether it came.
     bool look_at(const std::string& title)
     {
+        const std::string found = client_.file("window");
         return qd_wait_for(
             [&] {
-                window_ = qd_output(
-                    "xdotool search --onlyvisible --pid " + pid_ + " --name '^" + title + "'");
+                unlink(found.c_str());
+                QD_Process::Set_Up out;
+                out.out = found;
+                out.errors = "/dev/null";
+                qd_run({"xdotool", "search", "--onlyvisible", "--pid",
+                           std::to_string(client_.pid()), "--name", "^" + title},
+                    out);
+                window_ = qd_read_file(found);
                 window_ = window_.substr(0, window_.find('\n'));
                 return !window_.empty();
             },
@@ -83,18 +93,18 @@ public:
     const std::string& window() const { return window_; }
 
     /// Clicks at a place of the window.
-    void click(int x, int y) const
+    int click(int x, int y) const
     {
-        qd_run({"xdotool", "mousemove", "--window", window_, std::to_string(x), std::to_string(y),
-            "click", "1"});
+        return qd_run({"xdotool", "mousemove", "--window", window_, std::to_string(x),
+            std::to_string(y), "click", "1"});
     }
 
-    void press(const std::string& keys) const
+    int press(const std::string& keys) const
     {
-        qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
+        return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
     }
 
 private:
-    std::string pid_;
+    const QD_Client_Under_Test& client_;
     std::string window_;
 };

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,34 +24,48 @@ public:
         std::string errors;    // file for standard error, "" for ours, "&1" for the same as `out`
         std::string directory; // current directory, "" for ours
         std::map<std::string, std::string> environment; // beside or instead of ours
+        bool in_pipe = false;                           // standard input is what tell() writes
     };
 
-    explicit QD_Process(const std::vector<std::string>& command, const Set_Up& set_up = {})
+    explicit QD_Process(const std::vector<std::string>& command) : QD_Process(command, Set_Up()) {}
+    QD_Process(const std::vector<std::string>& command, const Set_Up& set_up)
     {
         std::vector<char*> args;
         for (const std::string& word : command)
             args.push_back(const_cast<char*>(word.c_str()));
         args.push_back(nullptr);
+        int in[2] = {-1, -1};
+        if (set_up.in_pipe && ::pipe2(in, O_CLOEXEC) != 0)
+            return;
         const pid_t parent = getpid();
         pid_ = fork();
         if (pid_ == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             if (getppid() == parent)
-                become(args.data(), set_up);
+                become(args.data(), set_up, in[0]);
             _exit(127);
         }
+        ::close(in[0]);
+        in_ = in[1];
     }
     ~QD_Process()
     {
-        if (pid_ <= 0)
-            return;
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
+        if (pid_ > 0) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        ::close(in_);
     }
     QD_Process(const QD_Process&) = delete;
     QD_Process& operator=(const QD_Process&) = delete;
 
     pid_t pid() const { return pid_; }
+
+    /// Writes to its standard input.
+    void tell(const std::string& text) const
+    {
+        [[maybe_unused]] const ssize_t ignored = ::write(in_, text.data(), text.size());
+    }
 
     /// Its exit status if it ends within the bound, -1 if a signal ended it; nothing if it goes on.
     std::optional<int> wait(std::chrono::milliseconds bound)
@@ -69,13 +84,15 @@ private:
             dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), fd);
     }
 
-    static void become(char** args, const Set_Up& set_up)
+    static void become(char** args, const Set_Up& set_up, int in)
     {
         redirect(set_up.out, STDOUT_FILENO);
         if (set_up.errors == "&1")
             dup2(STDOUT_FILENO, STDERR_FILENO);
         else
             redirect(set_up.errors, STDERR_FILENO);
+        if (in >= 0)
+            dup2(in, STDIN_FILENO);
         if (!set_up.directory.empty() && chdir(set_up.directory.c_str()) != 0)
             return;
         for (const auto& [name, value] : set_up.environment)
@@ -84,13 +101,8 @@ private:
     }
 
     pid_t pid_ = -1;
+    int in_ = -1;
 };
-
-/// Runs a command to its end. Returns its exit status, -1 if it was killed or takes minutes.
-inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})
-{
-    return QD_Process(command, set_up).wait(std::chrono::minutes(5)).value_or(-1);
-}
 
 /// What a shell command prints, its complaints left out.
 inline std::string qd_output(const std::string& command)
@@ -102,4 +114,19 @@ inline std::string qd_output(const std::string& command)
     if (pipe != nullptr)
         pclose(pipe);
     return text;
+}
+
+/// Runs a command to its end. Returns its exit status, -1 if it was killed or takes minutes.
+inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})
+{
+    return QD_Process(command, set_up).wait(std::chrono::minutes(5)).value_or(-1);
+}
+
+/// Memory that a process has in use now.
+inline size_t qd_resident_kilobytes(pid_t pid)
+{
+    std::ifstream statm("/proc/" + std::to_string(pid) + "/statm");
+    size_t pages = 0;
+    statm >> pages >> pages;
+    return pages * 4;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numbers>
+#include <random>
 #include <span>
 #include <vector>
 
@@ -17,6 +18,26 @@ inline std::vector<int16_t> qd_sine(double hertz, size_t count, double amplitude
         out[i] = static_cast<int16_t>(std::lround(
             amplitude * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / 8000)));
     return out;
+}
+
+/// Three seconds of speech-like noise: bursts of changing loudness, never silent for a whole frame.
+inline std::vector<int16_t> qd_noise(unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::vector<int16_t> samples;
+    double value = 0;
+    for (int i = 0; i < 8000 * 3; ++i) {
+        value = 0.9 * value + static_cast<double>(random() % 2000) - 1000;
+        const double loudness = 1.5 + std::sin(i / 900.0);
+        samples.push_back(static_cast<int16_t>(value * loudness));
+    }
+    return samples;
+}
+
+/// Whether `part` stands in `whole` sample for sample.
+inline bool qd_contains(std::span<const int16_t> whole, std::span<const int16_t> part)
+{
+    return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end();
 }
 
 /// The amplitude of one frequency in the samples (a single bin of a Fourier transform).

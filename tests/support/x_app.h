@@ -2,12 +2,12 @@
 #pragma once
 
 #include "platform/vk/app.h"
-#include "tests/support/temp_dir.h"
 #include "tests/support/x_server.h"
 
 #include <X11/Xutil.h>
 #include <Xm/Xm.h>
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -30,7 +30,9 @@ public:
 private:
     explicit QD_Test_App(std::vector<std::string> words)
     {
-        ::setenv("HOME", home_.path().c_str(), 1);
+        char home[] = "/tmp/qd-test-XXXXXX";
+        home_ = ::mkdtemp(home);
+        ::setenv("HOME", home, 1);
         words.insert(words.begin(), "test");
         std::vector<char*> argv;
         for (std::string& word : words)
@@ -40,6 +42,7 @@ private:
         new VkApp("Application", &argc, argv.data()); // theApplication, until the process ends
         left_.assign(argv.data(), argv.data() + argc);
     }
+    ~QD_Test_App() { std::filesystem::remove_all(home_); }
 
     static const char* screen()
     {
@@ -48,7 +51,7 @@ private:
     }
 
     QD_X_Server server_ {screen()};
-    QD_Temp_Dir home_;
+    std::string home_;
     std::vector<std::string> left_;
 };
 

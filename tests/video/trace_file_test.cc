@@ -17,7 +17,8 @@ TEST(TraceFile, EveryLineIsInTheFileAtOnceAndCheap)
     const auto begin = std::chrono::steady_clock::now();
     for (int i = 0; i < 1000; ++i)
         trace.line(i);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(100));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500))
+        << "no line waits for the disk";
 
     QD_Trace_File nowhere("/nowhere/at/all"); // its lines are dropped
     nowhere.id_line(1);
