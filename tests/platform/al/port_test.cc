@@ -141,8 +141,8 @@ TEST(PlayPort, DropsWhatIsTooOldToPlay)
     port.drop_stale();
     EXPECT_EQ(port.take(out), 800u) << "the first packet waits for the device";
 
-    port.write(counting(next, 700));
-    port.write(counting(next, 1600));
+    port.write(counting(next, 1000));
+    port.write(counting(next, 700)); // a hundred more than it holds
     port.drop_stale();
     EXPECT_EQ(port.take(out), 800u);
     EXPECT_EQ(out.front(), next - 800) << "the newest frame of a full queue";

@@ -23,10 +23,12 @@ struct Sleeper : SprocThread {
 
 struct Stuck : SprocThread {
     std::atomic<bool> release = false;
+    std::atomic<bool> gone = false;
     int run() override
     {
         while (!release)
             usleep(1000);
+        gone = true;
         return 0;
     }
 };
@@ -59,6 +61,7 @@ TEST(SprocThread, AStuckThreadIsReportedAndLeftWithinTheBound)
     EXPECT_LT(steady_clock::now() - asked, std::chrono::seconds(1));
     EXPECT_NE(testing::internal::GetCapturedStderr().find("does not end"), std::string::npos);
     stuck->release = true; // so that it ends before its memory goes
+    ASSERT_TRUE(qd_wait_for([&] { return stuck->gone.load(); }));
     ASSERT_TRUE(qd_wait_for([&] { return tgkill(getpid(), stuck->pid(), 0) != 0; }));
     delete stuck;
 }
