@@ -28,24 +28,22 @@ struct Pictured : VkTestWindow {
         qd_pump();
     }
 
-    /// Which bars are wrong in the middle line of the picture, "" if none.
-    std::string faults() const
+    /// Whether the middle line of the picture shows the bars, grey where there are no colours.
+    bool shows_bars() const
     {
         const XRectangle where = display_->place();
         const bool colours = DefaultVisualOfScreen(XtScreen(area()))->c_class == TrueColor;
-        std::string text;
-        for (size_t i = 0; i < QD_BARS.size(); ++i) {
-            const QD_Bar& bar = QD_BARS[i];
+        bool right = true;
+        for (int i = 0; i < 8; ++i) {
+            const QD_Bar& bar = QD_BARS[static_cast<size_t>(i)];
             const int grey = (bar.y - 16) * 255 / 219;
-            const QD_Colour got
-                = qd_colour_at(area(), where.x + where.width * (2 * static_cast<int>(i) + 1) / 16,
-                    where.y + where.height / 2);
-            if (std::abs(got.red - (colours ? bar.red : grey)) > 12
-                || std::abs(got.green - (colours ? bar.green : grey)) > 12
-                || std::abs(got.blue - (colours ? bar.blue : grey)) > 12)
-                text += "bar " + std::to_string(i) + " ";
+            const QD_Colour got = qd_colour_at(
+                area(), where.x + where.width * (2 * i + 1) / 16, where.y + where.height / 2);
+            right = right && std::abs(got.red - (colours ? bar.red : grey)) <= 12
+                && std::abs(got.green - (colours ? bar.green : grey)) <= 12
+                && std::abs(got.blue - (colours ? bar.blue : grey)) <= 12;
         }
-        return text;
+        return right;
     }
 
     bool black_at(int x, int y) const
@@ -70,14 +68,14 @@ TEST(VkPictureDisplay, ShowsTheLastPictureInItsColours)
     const std::vector<unsigned char> other(VkPictureDisplay::SIZE, 200);
     window.display_->displayYUV411(other.data());
     window.display_->displayYUV411(BARS.data());
-    EXPECT_EQ(window.faults(), "");
+    EXPECT_TRUE(window.shows_bars());
 
     Pictured later; // prepared and drawn even before it has a window
     later.display_->init_display2();
     later.display_->init_display2();
     later.display_->displayYUV411(BARS.data());
     later.show();
-    EXPECT_TRUE(qd_pump_until([&] { return later.faults().empty(); })) << later.faults();
+    EXPECT_TRUE(qd_pump_until([&] { return later.shows_bars(); }));
 }
 
 TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
@@ -91,7 +89,6 @@ TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
         int x, y, shown_x, shown_y;
     } const cases[] = {
         {352, 288, 0, 0, 352, 288},
-        {528, 432, 0, 0, 528, 432},
         {500, 144, 162, 0, 176, 144}, // wider: black on both sides
         {181, 301, 0, 76, 181, 148},  // higher, and odd
         {176, 144, 0, 0, 176, 144},
@@ -102,9 +99,9 @@ TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
         const XRectangle place = window.display_->place();
         EXPECT_EQ((std::array<int, 4> {place.x, place.y, place.width, place.height}),
             (std::array {c.x, c.y, c.shown_x, c.shown_y}));
-        EXPECT_EQ(window.faults(), "") << "without a new picture";
+        EXPECT_TRUE(window.shows_bars()) << "without a new picture";
         window.display_->displayYUV411(BARS.data());
-        EXPECT_EQ(window.faults(), "");
+        EXPECT_TRUE(window.shows_bars());
         if (c.x > 0) {
             EXPECT_TRUE(window.black_at(c.x - 1, 9) && window.black_at(c.x + c.shown_x, 9));
         }
@@ -112,18 +109,6 @@ TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
             EXPECT_TRUE(window.black_at(9, c.y - 1) && window.black_at(9, c.y + c.shown_y));
         }
     }
-}
-
-// However large a window is asked for, the picture's memory has a bound.
-TEST(VkPictureDisplay, IsNeverLargerThanTheScreen)
-{
-    Pictured window(30000, 30000);
-    window.show();
-    qd_pump();
-    window.display_->displayYUV411(BARS.data());
-    const XRectangle place = window.display_->place();
-    EXPECT_LE(place.width, WidthOfScreen(XtScreen(window.area())));
-    EXPECT_LE(place.height, HeightOfScreen(XtScreen(window.area())));
 }
 
 TEST(VkPictureDisplay, ComesBackWhenUncovered)
@@ -136,25 +121,28 @@ TEST(VkPictureDisplay, ComesBackWhenUncovered)
         {
             Pictured cover(400, 400);
             cover.show();
-            ASSERT_TRUE(qd_pump_until([&] { return window.faults() != ""; }));
+            ASSERT_TRUE(qd_pump_until([&] { return !window.shows_bars(); }));
             if (round == 1) // a picture that comes while covered is the one to come back
                 window.display_->displayYUV411(BARS.data());
         }
-        EXPECT_TRUE(qd_pump_until([&] { return window.faults().empty(); })) << window.faults();
+        EXPECT_TRUE(qd_pump_until([&] { return window.shows_bars(); }));
     }
     // A part of it, too.
     XClearArea(theApplication->display(), XtWindow(window.area()), 30, 50, 100, 60, True);
-    EXPECT_NE(window.faults(), "");
+    EXPECT_FALSE(window.shows_bars());
     qd_pump();
-    EXPECT_EQ(window.faults(), "");
+    EXPECT_TRUE(window.shows_bars());
 }
 
-TEST(VkPictureDisplay, OutlivesItsWidget)
+TEST(VkPictureDisplay, IsNeverLargerThanTheScreenAndOutlivesItsWidget)
 {
-    Pictured window;
+    Pictured window(30000, 30000);
     window.show();
     qd_pump();
     window.display_->displayYUV411(BARS.data());
+    const XRectangle place = window.display_->place();
+    EXPECT_LE(place.width, WidthOfScreen(XtScreen(window.area()))) << "memory has a bound";
+    EXPECT_LE(place.height, HeightOfScreen(XtScreen(window.area())));
     XtDestroyWidget(window.area());
     window.display_->displayYUV411(BARS.data());
     window.display_->init_display2();

@@ -84,13 +84,16 @@ TEST(VkConfigureWM, NamesWhatTheUserMayDoAndFixesTheSizeOtherwise)
     fixed.show();
     free.show();
     qd_pump();
-    EXPECT_EQ(vk_get<int>(fixed.baseWidget(), XmNmwmDecorations),
-        MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_MENU | MWM_DECOR_MINIMIZE);
-    EXPECT_EQ(vk_get<int>(fixed.baseWidget(), XmNmwmFunctions),
-        MWM_FUNC_MINIMIZE | MWM_FUNC_MOVE | MWM_FUNC_CLOSE);
-    EXPECT_EQ(vk_get<int>(free.baseWidget(), XmNmwmDecorations),
-        MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_RESIZEH | MWM_DECOR_MAXIMIZE);
-    EXPECT_EQ(vk_get<int>(free.baseWidget(), XmNmwmFunctions), MWM_FUNC_RESIZE | MWM_FUNC_MAXIMIZE);
+    const auto asked = [](const VkTestWindow& window) {
+        return std::pair<long, long>(vk_get<int>(window.baseWidget(), XmNmwmDecorations),
+            vk_get<int>(window.baseWidget(), XmNmwmFunctions));
+    };
+    EXPECT_EQ(asked(fixed),
+        std::pair(MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_MENU | MWM_DECOR_MINIMIZE,
+            MWM_FUNC_MINIMIZE | MWM_FUNC_MOVE | MWM_FUNC_CLOSE));
+    EXPECT_EQ(asked(free),
+        std::pair(MWM_DECOR_BORDER | MWM_DECOR_TITLE | MWM_DECOR_RESIZEH | MWM_DECOR_MAXIMIZE,
+            MWM_FUNC_RESIZE | MWM_FUNC_MAXIMIZE));
 
     XSizeHints hints {};
     long supplied = 0;
