@@ -90,19 +90,6 @@ TEST_F(Vl, ChangedRatesBeginWithAnIntraPictureAndAbsurdOnesAreTaken)
     }
 }
 
-TEST_F(Vl, TheRateDecidesWhatPicturesCost)
-{
-    const auto cost = [](double kbps) {
-        qd_set_video_rate(kbps, 10);
-        size_t bytes = 0;
-        for (int i = 0; i < 60; ++i)
-            bytes += h261(qd_test_picture(i), i % 10 == 0).size() * (i >= 30 ? 1 : 0);
-        return bytes / 30.0 * 10 / 125; // kbit/s at ten a second
-    };
-    EXPECT_NEAR(cost(60), 54, 8);
-    EXPECT_NEAR(cost(120), 108, 16);
-}
-
 TEST(Yuv9, ColourIsEnlargedAndItsPlanesChangePlaces)
 {
     const std::string src = "0123456789abcdefghijklmnopqrstuvVvUu"; // a plane, two points each
