@@ -50,10 +50,8 @@ public:
     }
     ~QD_Process()
     {
-        if (pid_ > 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
+        if (pid_ > 0)
+            end(SIGKILL);
         ::close(in_);
     }
     QD_Process(const QD_Process&) = delete;
@@ -73,6 +71,19 @@ public:
         int status = 0;
         if (!qd_wait_for([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, bound))
             return std::nullopt;
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    /// Sends the signal (0: none) and waits for the end. Returns the exit status, -1 if killed.
+    int end(int signal)
+    {
+        if (pid_ <= 0)
+            return -1;
+        if (signal != 0)
+            kill(pid_, signal);
+        int status = 0;
+        waitpid(pid_, &status, 0);
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
@@ -116,10 +127,10 @@ inline std::string qd_output(const std::string& command)
     return text;
 }
 
-/// Runs a command to its end. Returns its exit status, -1 if it was killed or takes minutes.
+/// Runs a command to its end. Returns its exit status.
 inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})
 {
-    return QD_Process(command, set_up).wait(std::chrono::minutes(5)).value_or(-1);
+    return QD_Process(command, set_up).end(0);
 }
 
 /// Memory that a process has in use now.
