@@ -48,17 +48,14 @@ protected:
         session_->new_member(new QD_Member(nullptr, id, "m", qd_test_host(host)));
     }
 
-    static int receive(QD_AudioApp& app, unsigned ssrc, unsigned pt, std::string payload, int len)
+    static int receive(
+        QD_AudioApp& app, int id, unsigned pt, std::string payload, unsigned version = 2)
     {
         rtp_fix_header header;
-        header.ssrc = ssrc;
+        header.type = version;
+        header.ssrc = static_cast<unsigned>(id);
         header.pt = pt;
-        return app.process_message(&header, payload.data(), len);
-    }
-
-    static int receive(QD_AudioApp& app, unsigned ssrc, unsigned pt, const std::string& payload)
-    {
-        return receive(app, ssrc, pt, payload, static_cast<int>(payload.size()));
+        return app.process_message(&header, payload.data(), static_cast<int>(payload.size()));
     }
 
     int received(int id) const
@@ -84,12 +81,10 @@ TEST_F(AudioAppTest, PacketsOfTheWrongKindAreDroppedAndShortOnesCountedUnplayed)
     join(2, 2);
     {
         QD_AudioApp app;
-        rtp_fix_header old;
-        old.type = 1;
-        old.ssrc = 2;
-        char none[1] = "";
-        EXPECT_EQ(app.process_message(&old, none, 0), -1);
-        EXPECT_EQ(receive(app, 2, QD_AudioApp::PCM, "", -1), -1) << "shorter than a header";
+        rtp_fix_header header;
+        char none = 0;
+        EXPECT_EQ(app.process_message(&header, &none, -1), -1) << "shorter than a header";
+        EXPECT_EQ(receive(app, 2, QD_AudioApp::PCM, pcm_payload(1), 1), -1);
         EXPECT_EQ(receive(app, 3, QD_AudioApp::PCM, pcm_payload(1)), -2);
         EXPECT_EQ(received(2), -1);
 
@@ -116,6 +111,7 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
     join(1, 1);
     join(2, 2);
     join(3, 3);
+    join(4, 3);
     {
         QD_AudioApp app;
         receive(app, 2, QD_AudioApp::PCM, pcm_payload(2) + "whatever follows");
@@ -123,6 +119,14 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
         app.show_levels();
         EXPECT_EQ(form_.speaker_level, 800 * 3) << "the loudest of those just heard";
         EXPECT_TRUE(qd_wait_for([&] { return played(1) && played(2); }));
+        for (int talk = 0; talk < 2; ++talk) {
+            receive(app, 4, QD_AudioApp::PCM, pcm_payload(1));
+            EXPECT_EQ(receive(app, 4, QD_AudioApp::STOPPED, ""), 0);
+            EXPECT_EQ(receive(app, 4, QD_AudioApp::STOPPED, ""), 0) << "even without a port";
+            EXPECT_EQ(form_.speaker_level, 0);
+        }
+        EXPECT_TRUE(qd_wait_for([&] { return std::filesystem::exists(port(4)); }))
+            << "who talks again has another port";
         EXPECT_TRUE(qd_wait_for([&] {
             app.show_levels();
             return form_.speaker_level == 0;
@@ -136,25 +140,13 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
     }
 }
 
-TEST_F(AudioAppTest, TheEndOfATalkClosesThePortAndTheNextPacketOpensAnother)
-{
-    join(1, 1);
-    join(2, 2);
-    QD_AudioApp app;
-    EXPECT_EQ(receive(app, 2, QD_AudioApp::STOPPED, ""), 0) << "even without a port";
-    EXPECT_EQ(form_.speaker_level, 0);
-    EXPECT_EQ(received(2), 0);
-    receive(app, 2, QD_AudioApp::PCM, pcm_payload(1));
-    EXPECT_TRUE(qd_wait_for([&] { return played(2); }));
-}
-
 TEST_F(AudioAppTest, AHundredAndOneJoinersAreHeardAndSoIsTheOneWhoComesLater)
 {
     join(1, 1);
     QD_AudioApp app;
     for (int id = 2; id <= 102; ++id) {
         join(id, 2);
-        EXPECT_EQ(receive(app, static_cast<unsigned>(id), QD_AudioApp::PCM, pcm_payload(1)), 0);
+        EXPECT_EQ(receive(app, id, QD_AudioApp::PCM, pcm_payload(1)), 0);
     }
     // The first hundred fill all slots. One of them leaves: the 101st has its place.
     session_->delete_member(50);

@@ -2,14 +2,12 @@
 
 #include "conference/voice_match.h"
 #include "conference/wav_file.h"
+#include "tests/support/temp_dir.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
-#include <sstream>
 
 using testing::Contains;
+using testing::IsSupersetOf;
 using testing::Not;
 using testing::StartsWith;
 
@@ -19,39 +17,30 @@ class Demo : public testing::Test {
 protected:
     Demo()
     {
-        std::string fresh = testing::TempDir() + "quendal-test-XXXXXX";
-        directory_ = mkdtemp(fresh.data());
         ::unsetenv("QD_CAMERA");
         line_.mode_ = QD_Command_Line::DEMO;
         line_.count_ = 2;
     }
 
-    ~Demo() override { std::filesystem::remove_all(directory_); }
-
     void prepare() { ASSERT_EQ(qd_prepare_demo(line_, directory_, members_, out_), 0); }
 
-    void log(const std::string& name, const std::string& text) const
-    {
-        std::ofstream(directory_ + "/" + name + "/log.txt") << text;
-    }
-
     /// `hearer` recorded what `speaker` says, from `begin` on, for 2 s.
-    void record(const std::string& hearer, const std::string& speaker, size_t begin, int port) const
+    void record(const std::string& hearer, const std::string& speaker, size_t begin)
     {
         QD_Voice voice;
         QD_Voice heard;
         ASSERT_EQ(qd_read_wav(directory_ + "/voices/" + speaker + ".wav", voice), 0);
         for (size_t i = 0; i < 16000; ++i)
             heard.push_back(voice[(begin + i) % voice.size()]);
-        ASSERT_EQ(qd_write_wav(
-                      directory_ + "/" + hearer + "/speaker/port-" + std::to_string(port) + ".wav",
-                      heard),
-            0);
+        const std::string port = "/speaker/port-" + std::to_string(ports_++) + ".wav";
+        ASSERT_EQ(qd_write_wav(directory_ + "/" + hearer + port, heard), 0);
     }
 
     int report() { return qd_report_demo(directory_, members_, true, out_); }
 
-    std::string directory_;
+    const QD_Temp_Dir dir_;
+    const std::string directory_ = dir_.path();
+    int ports_ = 0;
     QD_Command_Line line_;
     std::vector<QD_Member_Plan> members_;
     std::ostringstream out_;
@@ -62,28 +51,22 @@ TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
     line_.count_ = 8;
     line_.screen_width_ = 4800;
     line_.screen_height_ = 800; // two rows, two columns: four find no room
-    ASSERT_EQ(qd_write_wav(
-                  [this] {
-                      std::filesystem::create_directories(directory_ + "/voices");
-                      return directory_ + "/voices/anna.wav";
-                  }(),
-                  QD_Voice(100, 7)),
-        0);
+    const std::string voice = directory_ + "/voices/anna.wav";
+    std::filesystem::create_directories(directory_ + "/voices");
+    ASSERT_EQ(qd_write_wav(voice, QD_Voice(100, 7)), 0);
     prepare();
     ASSERT_EQ(members_.size(), 8U);
-    QD_Voice voice;
-    ASSERT_EQ(qd_read_wav(directory_ + "/voices/anna.wav", voice), 0);
-    EXPECT_EQ(voice, QD_Voice(100, 7)); // a voice that is there stays
-    EXPECT_THAT(
-        members_[1].environment_, Contains("QD_SPEAKER=file:" + directory_ + "/bernt/speaker"));
-    EXPECT_THAT(members_[1].environment_, Contains("QD_CAMERA=testcard:45"));
+    QD_Voice kept;
+    ASSERT_EQ(qd_read_wav(voice, kept), 0);
+    EXPECT_EQ(kept, QD_Voice(100, 7)); // a voice that is there stays
+    EXPECT_THAT(members_[1].environment_,
+        IsSupersetOf({"QD_SPEAKER=file:" + directory_ + "/bernt/speaker",
+            std::string("QD_CAMERA=testcard:45")}));
     EXPECT_THAT(members_[1].options_, Contains("+0+380"));
-    EXPECT_THAT(members_[3].options_, Contains("+2380+380"));
-    EXPECT_THAT(members_[3].options_, Contains("*statWindow.geometry: +2640+380"));
-    EXPECT_THAT(members_[3].options_, Contains("*videoX: 3240"));
-    EXPECT_THAT(members_[3].options_, Contains("*videoY: 380"));
-    EXPECT_THAT(members_[7].options_, Contains("+2420+420"));
-    EXPECT_THAT(members_[7].options_, Contains("*toggle.set: True"));
+    EXPECT_THAT(members_[3].options_,
+        IsSupersetOf(
+            {"+2380+380", "*statWindow.geometry: +2640+380", "*videoX: 3240", "*videoY: 380"}));
+    EXPECT_THAT(members_[7].options_, IsSupersetOf({"+2420+420", "*toggle.set: True"}));
 }
 
 TEST_F(Demo, LiveRecordsNothingAndLeavesTheFirstLoudspeakerToTheUser)
@@ -100,13 +83,13 @@ TEST_F(Demo, LiveRecordsNothingAndLeavesTheFirstLoudspeakerToTheUser)
 TEST_F(Demo, TheTableTellsWhatEachSentAndHeard)
 {
     prepare();
-    log("anna",
+    qd_write_file(directory_ + "/anna/log.txt",
         "QD_AudioApp: sent 21 packets\n"
         "QD_Session_Control: audio bernt@127.0.0.3, id=2: received 19, lost 1, late 3\n"
         "QD_VideoApp: sent 75 packets\n"
         "QD_Session_Control: video bernt@127.0.0.3, id=2: received 70, lost 4, late 0, shown 69\n");
-    record("anna", "bernt", 5000, 1);
-    record("bernt", "anna", 31999, 0);
+    record("anna", "bernt", 5000);
+    record("bernt", "anna", 31999);
     EXPECT_EQ(report(), 0);
     EXPECT_EQ(out_.str(), R"(
 sound
@@ -125,13 +108,13 @@ bernt           -  anna              -     -     -      -
 TEST_F(Demo, FailsIfOneVoiceWasNotHeard)
 {
     prepare();
-    record("anna", "bernt", 0, 0);
-    record("bernt", "bernt", 0, 0); // its own voice is not the other's
+    record("anna", "bernt", 0);
+    record("bernt", "bernt", 0); // its own voice is not the other's
     EXPECT_EQ(report(), -1);
     EXPECT_THAT(out_.str(), testing::HasSubstr("nothing"));
 
     // An earlier demo's recordings do not pass for this one's.
-    record("bernt", "anna", 0, 1);
+    record("bernt", "anna", 0);
     EXPECT_EQ(report(), 0);
     members_.clear();
     prepare();

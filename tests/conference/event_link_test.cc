@@ -32,7 +32,7 @@ TEST_F(EventLink, TakesWholeEventsOnlyHoweverTheyArrive)
     const QD_Bytes twelve {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     const QD_Bytes events {0, 0, 0, 30, 0, 0, 0, 2, 'h', 'i', 0xff, 0, 0, 0, 0, 0, 0, 0};
     QD_Bytes registration(12);
-    arrives({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+    arrives({twelve.begin(), twelve.end() - 1});
     EXPECT_EQ(link_->take(registration), 0);
     arrives({12});
     EXPECT_EQ(link_->take(registration), 1);

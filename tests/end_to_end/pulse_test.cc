@@ -9,20 +9,17 @@
 
 namespace {
 
-constexpr double PLAYED_HZ = 440;
-constexpr double SYNTHETIC_HZ = 1000;
-
 // Whether both tones sound at the loudspeaker within a while.
 bool both_are_heard(const QD_Pulse_Server& server)
 {
-    const QD_Pulse_Recording recording(server, QD_Pulse_Server::SPEAKER_MONITOR);
+    const QD_Pulse_Recording recording(server);
     return qd_wait_for(
         [&] {
             const std::vector<int16_t> heard = recording.samples();
             if (heard.size() < 8000)
                 return false;
             const auto last = std::span(heard).last(8000);
-            return qd_amplitude(last, PLAYED_HZ) > 500 && qd_amplitude(last, SYNTHETIC_HZ) > 500;
+            return qd_amplitude(last, 440) > 500 && qd_amplitude(last, 1000) > 500;
         },
         std::chrono::seconds(20));
 }
@@ -34,16 +31,16 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
     const QD_X_Server x_server;
     QD_Pulse_Server server;
     ASSERT_TRUE(server.start());
-    ASSERT_TRUE(qd_write_wav(server.directory() / "tone.wav", qd_sine(PLAYED_HZ, 8000 * 120)));
-    const std::vector<std::string> player {"paplay",
-        std::string("--device=") + QD_Pulse_Server::MIC_FEED, server.directory() / "tone.wav"};
+    const std::string tone = server.directory().file("tone.wav");
+    qd_write_wav(tone, qd_sine(440, 8000 * 120));
+    const std::vector<std::string> player {"paplay", "--device=micfeed", tone};
 
     QD_Client_Under_Test::Set_Up recording;
-    recording.mic = std::string("pulse:") + QD_Pulse_Server::MIC;
+    recording.mic = "pulse:microphone";
     QD_Client_Under_Test::Set_Up synthetic;
-    synthetic.mic = "tone:" + std::to_string(static_cast<int>(SYNTHETIC_HZ));
+    synthetic.mic = "tone:1000";
     QD_Client_Under_Test::Set_Up listening;
-    listening.speaker = std::string("pulse:") + QD_Pulse_Server::SPEAKER;
+    listening.speaker = "pulse:speaker";
     listening.options_file = std::string(280, '\0');
     listening.options_file[3] = 3;
     listening.options_file[267] = static_cast<char>(200); // speaker volume
@@ -64,9 +61,8 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
     ASSERT_TRUE(person.look_at("Quendal"));
     person.click(120, 303);
     EXPECT_TRUE(qd_wait_for([&] {
-        std::string inputs;
-        server.run({"pactl", "list", "sink-inputs"}, &inputs);
-        return inputs.find(std::to_string((200 * 65536 + 127) / 255) + " / ") != std::string::npos;
+        const std::string volume = std::to_string((200 * 65536 + 127) / 255) + " / ";
+        return qd_output("pactl list sink-inputs").find(volume) != std::string::npos;
     }));
 
     server.crash();

@@ -4,82 +4,45 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-class ShutdownTest : public testing::Test {
-protected:
-    static void SetUpTestSuite()
-    {
-        x_server_ = new QD_X_Server;
-        x_server_->manage();
+TEST(Shutdown, EveryWayOutEndsCleanly)
+{
+    QD_X_Server x_server;
+    x_server.manage();
+    using Client = QD_Client_Under_Test;
+    const auto press = [](const Client& client, const char* keys) {
+        QD_Person person(client);
+        ASSERT_TRUE(person.look_at("Quendal"));
+        person.press(keys);
+    };
+    const auto hear
+        = [](Client& client, const std::string& bytes) { client.framework().send(bytes); };
+    struct {
+        const char* why;
+        std::function<void(Client&)> way;
+        int status;
+    } const ways[] = {
+        {"the menu's key", [&](Client& client) { press(client, "ctrl+q"); }, 0},
+        {"the window manager's key", [&](Client& client) { press(client, "alt+F4"); }, 0},
+        {"the framework", [](Client& client) { client.framework().end_session(); }, 0},
+        {"a signal", [](Client& client) { kill(client.pid(), SIGTERM); }, 0},
+        {"a link that closes", [](Client& client) { client.framework().close_link(); }, 1},
+        {"one that breaks",
+            [&](Client& client) { hear(client, std::string("\0\0\0\1\xff\xff\xff\xff", 8)); }, 1},
+        {"one that stalls in an event",
+            [&](Client& client) { hear(client, std::string("\0\0\0\1\0\0", 6)); }, 1},
+    };
+    for (const auto& c : ways) {
+        SCOPED_TRACE(c.why);
+        Client client(2, {});
+        client.framework().announce(1, 2, "me");
+        ASSERT_TRUE(client.framework().settle());
+        c.way(client);
+        EXPECT_EQ(client.wait(), c.status);
+        EXPECT_EQ(qd_read_file(client.file(".qd.cfg")).size(), 280u);
+        EXPECT_EQ(client.log().find("Sanitizer"), std::string::npos) << client.log();
+        EXPECT_EQ(client.log().find("QD_AudioApp: sent ") != std::string::npos, c.status == 0);
     }
-    static void TearDownTestSuite() { delete x_server_; }
-
-    ShutdownTest() : client_(2, {}) { client_.framework().announce(1, 2, "me"); }
-
-    void expect_end(int status)
-    {
-        EXPECT_EQ(client_.wait(), status);
-        EXPECT_EQ(qd_read_file(client_.file(".qd.cfg")).size(), 280u);
-        EXPECT_EQ(client_.log().find("Sanitizer"), std::string::npos) << client_.log();
-    }
-
-    static QD_X_Server* x_server_;
-    QD_Client_Under_Test client_;
-};
-
-QD_X_Server* ShutdownTest::x_server_ = nullptr;
-
-}
-
-TEST_F(ShutdownTest, ByTheMenusKey)
-{
-    QD_Person person(client_);
-    ASSERT_TRUE(person.look_at("Quendal"));
-    person.press("ctrl+q");
-    expect_end(0);
-}
-
-TEST_F(ShutdownTest, ByTheWindowManager)
-{
-    QD_Person person(client_);
-    ASSERT_TRUE(person.look_at("Quendal"));
-    person.press("alt+F4"); // the window manager's key for closing
-    expect_end(0);
-}
-
-TEST_F(ShutdownTest, ByTheFramework)
-{
-    client_.framework().end_session();
-    expect_end(0);
-    EXPECT_NE(client_.log().find("QD_AudioApp: sent "), std::string::npos);
-}
-
-TEST_F(ShutdownTest, BySignal)
-{
-    ASSERT_TRUE(client_.framework().settle());
-    kill(client_.pid(), SIGTERM);
-    expect_end(0);
-}
-
-TEST_F(ShutdownTest, ByALinkThatClosesOrBreaks)
-{
-    client_.framework().close_link();
-    expect_end(1);
-    QD_Client_Under_Test broken(3, {});
-    broken.framework().send(std::string("\0\0\0\1\xff\xff\xff\xff", 8));
-    EXPECT_EQ(broken.wait(), 1);
-    QD_Client_Under_Test stalled(4, {});
-    stalled.framework().send(std::string("\0\0\0\1\0\0", 6)); // and no more for as long as it takes
-    EXPECT_EQ(stalled.wait(), 1);
-}
-
-TEST_F(ShutdownTest, WithoutAFrameworkItEndsAtOnceAndSaysWhy)
-{
-    QD_Temp_Dir home;
-    QD_Process::Set_Up set_up;
-    set_up.errors = home.file("errors");
-    set_up.environment["HOME"] = home.path();
-    EXPECT_EQ(qd_run({QD_BUILD_DIR "/quendal"}, set_up), 0);
-    EXPECT_EQ(qd_read_file(home.file("errors")).find("invalid arguments: "), 0u);
+    // Without a framework it does not even begin, and says why.
+    const std::string said = qd_output("HOME=/nowhere " QD_BUILD_DIR "/quendal 2>&1; echo $?");
+    EXPECT_TRUE(said.starts_with("invalid arguments: ") && said.ends_with("\n0\n")) << said;
 }

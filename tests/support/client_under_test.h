@@ -16,21 +16,18 @@ public:
         std::string mic = "silence";
         std::string speaker = "null";
         std::string camera = "testcard";
-        std::string options_file; // bytes, "" for none
-        std::vector<std::string> toolkit_options;
-        std::map<std::string, std::string> environment;
+        std::string options_file {}; // bytes, "" for none
+        std::vector<std::string> toolkit_options {};
+        std::map<std::string, std::string> environment {}; // further or instead of the test's own
     };
 
     QD_Client_Under_Test(int host, const Set_Up& set_up)
     {
         if (!set_up.options_file.empty())
             qd_write_file(file(".qd.cfg"), set_up.options_file);
-        std::vector<std::string> command {QD_BUILD_DIR "/quendal"};
-        for (const std::string& option : set_up.toolkit_options)
-            command.push_back(option);
-        for (const std::string& word :
-            {std::string("11"), std::string("22"), std::string("33"), framework_.port()})
-            command.push_back(word);
+        std::vector<std::string> command = set_up.toolkit_options;
+        command.insert(command.begin(), QD_BUILD_DIR "/quendal");
+        command.insert(command.end(), {"11", "22", "33", framework_.port()});
         QD_Process::Set_Up process;
         process.out = file("log");
         process.errors = "&1";
@@ -40,7 +37,6 @@ public:
         for (const auto& [name, value] : set_up.environment)
             process.environment[name] = value;
         child_.emplace(command, process);
-
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
 
@@ -60,7 +56,6 @@ public:
     pid_t pid() const { return child_->pid(); }
     std::string file(const std::string& name) const { return dir_.file(name); }
     std::string log() const { return qd_read_file(file("log")); }
-    const std::string& directory() const { return dir_.path(); }
 
 private:
     QD_Temp_Dir dir_;

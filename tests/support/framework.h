@@ -45,11 +45,8 @@ public:
 
     void send_event(int type, const std::string& payload) const
     {
-        std::string event(8, '\0');
-        auto* bytes = reinterpret_cast<uint8_t*>(event.data());
-        qd_put_u32(bytes, static_cast<uint32_t>(type));
-        qd_put_u32(bytes + 4, static_cast<uint32_t>(payload.size()));
-        send(event + payload);
+        send(word(static_cast<uint32_t>(type)) + word(static_cast<uint32_t>(payload.size()))
+            + payload);
     }
 
     /// Exactly so many bytes, fewer if they do not come in time.
@@ -57,12 +54,10 @@ public:
     {
         std::string got;
         pollfd waiting {link_.get(), POLLIN, 0};
-        while (got.size() < bytes && ::poll(&waiting, 1, PATIENCE_MS) > 0) {
-            char c = 0;
-            if (::recv(link_.get(), &c, 1, 0) != 1)
-                break;
+        char c = 0;
+        while (got.size() < bytes && ::poll(&waiting, 1, PATIENCE_MS) > 0
+            && ::recv(link_.get(), &c, 1, 0) == 1)
             got += c;
-        }
         return got;
     }
 
@@ -89,13 +84,16 @@ public:
 private:
     static constexpr int PATIENCE_MS = 20000;
 
+    static std::string word(uint32_t value)
+    {
+        std::string bytes(4, '\0');
+        qd_put_u32(reinterpret_cast<uint8_t*>(bytes.data()), value);
+        return bytes;
+    }
+
     static std::string record(char command, int id, int host)
     {
-        std::string payload(9, command);
-        auto* bytes = reinterpret_cast<uint8_t*>(payload.data());
-        qd_put_u32(bytes + 1, ntohl(qd_test_host(host)));
-        qd_put_u32(bytes + 5, static_cast<uint32_t>(id));
-        return payload;
+        return command + word(ntohl(qd_test_host(host))) + word(static_cast<uint32_t>(id));
     }
 
     QD_Fd listener_;

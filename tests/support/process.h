@@ -4,6 +4,7 @@
 #include "tests/support/wait.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
@@ -15,7 +16,7 @@
 #include <unistd.h>
 #include <vector>
 
-/// Killed when this object or the test goes. Not copied; moved on construction.
+/// Killed when this object or the test goes.
 class QD_Process {
 public:
     struct Set_Up {
@@ -26,7 +27,6 @@ public:
         bool in_pipe = false;                           // standard input is what tell() writes
     };
 
-    QD_Process() = default;
     explicit QD_Process(const std::vector<std::string>& command) : QD_Process(command, Set_Up()) {}
     QD_Process(const std::vector<std::string>& command, const Set_Up& set_up)
     {
@@ -53,10 +53,6 @@ public:
         if (pid_ > 0)
             end(SIGKILL);
         ::close(in_);
-    }
-    QD_Process(QD_Process&& other) noexcept : pid_(other.pid_), in_(other.in_)
-    {
-        other.pid_ = other.in_ = -1;
     }
     QD_Process(const QD_Process&) = delete;
     QD_Process& operator=(const QD_Process&) = delete;
@@ -118,6 +114,18 @@ private:
     pid_t pid_ = -1;
     int in_ = -1;
 };
+
+/// What a shell command prints, its complaints left out.
+inline std::string qd_output(const std::string& command)
+{
+    std::string text;
+    FILE* pipe = popen(("{ " + command + "; } 2>/dev/null").c_str(), "r");
+    for (int c = 0; pipe != nullptr && (c = fgetc(pipe)) != EOF;)
+        text += static_cast<char>(c);
+    if (pipe != nullptr)
+        pclose(pipe);
+    return text;
+}
 
 /// Runs a command to its end. Returns its exit status.
 inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})

@@ -52,23 +52,3 @@ inline double qd_amplitude(std::span<const int16_t> samples, double hertz)
     }
     return 2 * std::hypot(re, im) / static_cast<double>(std::max<size_t>(samples.size(), 1));
 }
-
-/// The best normalised correlation of `sent` with any place in `heard`, 0..1.
-inline double qd_correlation(std::span<const int16_t> sent, std::span<const int16_t> heard)
-{
-    double best = 0;
-    double sent_power = 0;
-    for (double s : sent)
-        sent_power += s * s;
-    for (size_t at = 0; at + sent.size() <= heard.size(); ++at) {
-        double dot = 0;
-        double power = 0;
-        for (size_t i = 0; i < sent.size(); ++i) {
-            dot += static_cast<double>(sent[i]) * heard[at + i];
-            power += static_cast<double>(heard[at + i]) * heard[at + i];
-        }
-        if (power > 0)
-            best = std::max(best, dot / std::sqrt(sent_power * power));
-    }
-    return best;
-}

@@ -12,7 +12,6 @@ bool qd_wait_for(Condition condition, std::chrono::milliseconds bound = std::chr
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             return false;
-        std::this_thread::yield();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;

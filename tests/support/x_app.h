@@ -103,31 +103,28 @@ inline void qd_click(Widget widget)
 {
     static Time now = 0;
     now += 10000; // never the second half of a double click
-    Dimension width = 0;
-    Dimension height = 0;
-    XtVaGetValues(widget, XmNwidth, &width, XmNheight, &height, nullptr);
-    Position left = 0;
-    Position top = 0;
+    XRectangle at {};
+    XtVaGetValues(widget, XmNwidth, &at.width, XmNheight, &at.height, nullptr);
     if (!XtIsWidget(widget)) // a gadget lives in its parent's window
-        XtVaGetValues(widget, XmNx, &left, XmNy, &top, nullptr);
+        XtVaGetValues(widget, XmNx, &at.x, XmNy, &at.y, nullptr);
+    XEvent event {};
+    event.xbutton.display = XtDisplayOfObject(widget);
+    event.xbutton.window = XtWindowOfObject(widget);
+    event.xbutton.time = now;
+    event.xbutton.x = at.x + at.width / 2;
+    event.xbutton.y = at.y + at.height / 2;
+    event.xbutton.root = RootWindowOfScreen(XtScreenOfObject(widget));
+    event.xbutton.button = Button1;
+    event.xbutton.same_screen = True;
     Position root_x = 0;
     Position root_y = 0;
-    XtTranslateCoords(widget, static_cast<Position>(width / 2), static_cast<Position>(height / 2),
-        &root_x, &root_y);
+    XtTranslateCoords(widget, static_cast<Position>(at.width / 2),
+        static_cast<Position>(at.height / 2), &root_x, &root_y);
+    event.xbutton.x_root = root_x;
+    event.xbutton.y_root = root_y;
     for (int type : {ButtonPress, ButtonRelease}) {
-        XEvent event {};
         event.xbutton.type = type;
-        event.xbutton.display = XtDisplayOfObject(widget);
-        event.xbutton.window = XtWindowOfObject(widget);
-        event.xbutton.root = RootWindowOfScreen(XtScreenOfObject(widget));
-        event.xbutton.time = now;
-        event.xbutton.x = left + width / 2;
-        event.xbutton.y = top + height / 2;
-        event.xbutton.x_root = root_x;
-        event.xbutton.y_root = root_y;
         event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
-        event.xbutton.button = Button1;
-        event.xbutton.same_screen = True;
         XtDispatchEvent(&event);
     }
     qd_pump();

@@ -53,12 +53,6 @@ public:
         return qd_run(command) == 0 ? 0 : -1;
     }
 
-    /// Writes the whole screen to a PNG file. Returns 0, -1 on failure.
-    int screenshot(const std::string& path) const
-    {
-        return qd_run({"import", "-display", display_, "-window", "root", path}) == 0 ? 0 : -1;
-    }
-
 private:
     static constexpr int START_MS = 20000;
     std::optional<QD_Process> server_;

@@ -7,30 +7,25 @@
 TEST(DeviceTable, AWrongValueIsOneLineAndTheDefault)
 {
     QD_Temp_Dir dir;
-    std::ofstream(dir / "plain") << "in the way";
+    std::ofstream(dir.file("plain")) << "in the way";
     struct {
         QD_Al_Port::Side side;
         std::string text;
         const char* line; // nothing is printed if empty
     } const cases[] = {
         {QD_Al_Port::CAPTURE, "", ""},
-        {QD_Al_Port::CAPTURE, "silence", ""},
         {QD_Al_Port::CAPTURE, "tone:440.5", ""},
         {QD_Al_Port::CAPTURE, "pulse:some.source", ""},
-        {QD_Al_Port::PLAY, "null", ""},
-        {QD_Al_Port::PLAY, "file:" + (dir / "a/new/one"), ""},
+        {QD_Al_Port::PLAY, "file:" + dir.file("a/new/one"), ""},
         {QD_Al_Port::CAPTURE, "null",
             "QD_MIC=null: not one of pulse[:SOURCE] silence tone:HZ file:X.wav\n"},
-        {QD_Al_Port::PLAY, "tone:440",
-            "QD_SPEAKER=tone:440: not one of pulse[:SINK] null file:DIR\n"},
         {QD_Al_Port::CAPTURE, "tone:", "QD_MIC=tone:: a frequency"},
         {QD_Al_Port::CAPTURE, "tone:4000", "QD_MIC=tone:4000: a frequency"},
-        {QD_Al_Port::CAPTURE, "tone:-1", "QD_MIC=tone:-1: a frequency"},
         {QD_Al_Port::CAPTURE, "tone:440x", "QD_MIC=tone:440x: a frequency"},
         {QD_Al_Port::CAPTURE, "tone:nan", "QD_MIC=tone:nan: a frequency"},
         {QD_Al_Port::CAPTURE, "silence:1", "QD_MIC=silence:1: nothing"},
-        {QD_Al_Port::CAPTURE, "file:" + (dir / "none.wav"), "QD_MIC=file:"},
-        {QD_Al_Port::PLAY, "file:" + (dir / "plain"), "QD_SPEAKER=file:"},
+        {QD_Al_Port::CAPTURE, "file:" + dir.file("none.wav"), "QD_MIC=file:"},
+        {QD_Al_Port::PLAY, "file:" + dir.file("plain"), "QD_SPEAKER=file:"},
         {QD_Al_Port::PLAY, "file:", "QD_SPEAKER=file:: there is no such directory"},
     };
     for (const auto& c : cases) {

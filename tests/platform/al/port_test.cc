@@ -61,29 +61,17 @@ protected:
     }
 
     Beat_Clock clock_;
-    QD_Al_Port port_ {QD_Al_Port::CAPTURE, 1600, clock_};
+    QD_Al_Port port_ {QD_Al_Port::CAPTURE, 1610, clock_}; // no multiple of a block
     std::vector<int16_t> frame_ = std::vector<int16_t>(800, 99);
     int16_t next_ = 1;
 };
 
 }
 
-TEST_F(PortTest, ReadsAtThePaceOfTheDevice)
-{
-    start_device();
-    for (int16_t first = 1; first < 8000; first = static_cast<int16_t>(first + 800)) {
-        EXPECT_EQ(read(), 100);
-        EXPECT_EQ(frame_.front(), first);
-        EXPECT_EQ(sound(), 800u);
-    }
-}
-
 TEST_F(PortTest, WithoutADeviceSilenceComesAtThePaceOfTheClock)
 {
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(read(), 100);
-        EXPECT_EQ(frame_, std::vector<int16_t>(800));
-    }
+    EXPECT_EQ(read(), 100);
+    EXPECT_EQ(frame_, std::vector<int16_t>(800));
     clock_.pass(30ms);
     EXPECT_EQ(read(), 70) << "time used between frames counts";
     clock_.pass(1000ms);
@@ -102,11 +90,9 @@ TEST_F(PortTest, ADeviceThatStopsCostsOneGraceAndComesBackByItself)
     };
     EXPECT_EQ(read(), 150);
     EXPECT_EQ(sound(), 320u) << "what arrived is not lost";
-    EXPECT_EQ(frame_[320], 0);
     EXPECT_EQ(frame_[799], 0);
     EXPECT_EQ(read(), 50) << "on the clock's schedule again";
     EXPECT_EQ(sound(), 0u);
-    EXPECT_EQ(read(), 100);
 
     start_device();
     read();
@@ -139,7 +125,8 @@ TEST_F(PortTest, FramesLongerThanTheQueueAreReadInPieces)
     start_device();
     frame_.resize(4001);
     EXPECT_EQ(read(), 510);
-    EXPECT_EQ(sound(), 4001u);
+    int16_t first = 1;
+    EXPECT_EQ(frame_, counting(first, 4001));
 }
 
 TEST(PlayPort, DropsWhatIsTooOldToPlay)
@@ -154,10 +141,11 @@ TEST(PlayPort, DropsWhatIsTooOldToPlay)
     port.drop_stale();
     EXPECT_EQ(port.take(out), 800u) << "the first packet waits for the device";
 
-    port.write(counting(next, 1600));
+    port.write(counting(next, 1000));
+    port.write(counting(next, 700)); // a hundred more than it holds
     port.drop_stale();
     EXPECT_EQ(port.take(out), 800u);
-    EXPECT_EQ(out.front(), 1600) << "the newest frame of a full queue";
+    EXPECT_EQ(out.front(), next - 800) << "the newest frame of a full queue";
 
     port.write(counting(next, 800));
     clock.pass(201ms);
@@ -168,7 +156,6 @@ TEST(PlayPort, DropsWhatIsTooOldToPlay)
 TEST(Port, ReaderAndDeviceOnTheirOwnThreadsLoseNothing)
 {
     QD_Al_Port port(QD_Al_Port::CAPTURE, 1600);
-    std::vector<int16_t> heard;
     std::thread device([&port] {
         int16_t next = 1;
         for (int i = 0; i < 30; ++i) {
@@ -176,11 +163,9 @@ TEST(Port, ReaderAndDeviceOnTheirOwnThreadsLoseNothing)
             std::this_thread::sleep_for(5ms); // a device that is fast by half
         }
     });
-    std::vector<int16_t> frame(800);
-    while (heard.size() < 2400) {
-        port.read(frame);
-        heard.insert(heard.end(), frame.begin(), frame.end());
-    }
+    std::vector<int16_t> heard(2400);
+    for (size_t at = 0; at < heard.size(); at += 800)
+        port.read(std::span(heard).subspan(at, 800));
     device.join();
     int16_t next = 1;
     EXPECT_EQ(heard, counting(next, 2400));

