@@ -252,7 +252,7 @@ TEST(MainWindow, ListsMembersSettlesTheCutOffAndForgetsOnReset)
 
 TEST(MainWindow, CallOpensOneDialogWhichGoesWithTheWindow)
 {
-    Program program;
+    QD_Program program;
     const auto dialogs = [] {
         const auto& windows = theApplication->windows();
         return std::count_if(windows.begin(), windows.end(),

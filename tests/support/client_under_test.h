@@ -99,9 +99,6 @@ public:
             std::to_string(y), "click", "1"});
     }
 
-    /// Leads the keyboard to the window.
-    int focus() const { return qd_run({"xdotool", "windowfocus", "--sync", window_}); }
-
     int press(const std::string& keys) const
     {
         return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
