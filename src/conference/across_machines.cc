@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <pwd.h>
 
 namespace {
 
@@ -36,12 +37,30 @@ int read_password(const QD_Command_Line& line, QD_Broker_Url& url)
     return trouble.empty() ? 0 : qd_complain(trouble);
 }
 
+/// What the others call the member, unless the command line says so.
+std::string login_name()
+{
+    const passwd* const user = ::getpwuid(::geteuid());
+    return user != nullptr ? user->pw_name : "";
+}
+
+/// Fills in and checks what the command line leaves open or gets wrong.
+int settle(QD_Command_Line& line, QD_Broker_Url& url)
+{
+    if (line.name_.empty())
+        line.name_ = login_name();
+    std::string trouble = qd_name_trouble(line.name_);
+    if (trouble.empty() && !line.conference_.empty())
+        trouble = url.set_conference(line.conference_);
+    return trouble.empty() ? 0 : qd_complain(trouble);
+}
+
 /// `told_to_end`: by the user of this program, not by the client's end.
 int take_part(const QD_Command_Line& line, const QD_Broker_Url& url, bool& told_to_end)
 {
     QD_Join_Setup setup;
     setup.broker_ = url;
-    setup.name_ = line.members_[0];
+    setup.name_ = line.name_;
     setup.address_ = own_address();
     setup.options_ = line.options_;
     setup.client_ = qd_find_client(line.client_);
@@ -69,47 +88,47 @@ int keep_open(const QD_Private_Broker& broker, const QD_Fd& signals)
     return polled[1].revents == 0 ? 0 : qd_complain("the broker has ended");
 }
 
-int host(const QD_Command_Line& line, const std::string& directory)
+int host(const QD_Command_Line& line, const QD_Broker_Url& asked, const std::string& directory)
 {
     // Blocked before the broker starts, which a Ctrl-C is not meant for.
     const QD_Fd signals = qd_block_ending_signals();
-    QD_Private_Broker broker;
+    QD_Private_Broker broker(asked.conference_);
     const std::string trouble
         = broker.start(own_address(), static_cast<uint16_t>(line.port_), directory);
     if (!trouble.empty())
         return qd_complain(trouble);
     std::cout << "The conference is open until Ctrl-C. Others join it by this line"
               << (own_address() >> 24 == 127 ? ", on this machine only" : "") << ":\n\n"
-              << "    quendal-conference join NAME --broker " << broker.url().text() << "\n"
+              << "    quendal-conference join --broker " << broker.url().text() << "\n"
               << std::endl;
     bool told_to_end = false;
-    const int status = line.members_.empty() ? 0 : take_part(line, broker.url(), told_to_end);
+    const int status = line.takes_part_ ? take_part(line, broker.url(), told_to_end) : 0;
     return status != 0 || told_to_end ? status : keep_open(broker, signals);
 }
 
 }
 
-int qd_join_conference(const QD_Command_Line& line)
+int qd_join_conference(QD_Command_Line line)
 {
     QD_Broker_Url url;
     if (std::string trouble = QD_Broker_Url::parse(line.broker_, url); !trouble.empty())
         return qd_complain(trouble);
-    if (std::string trouble = qd_name_trouble(line.members_[0]); !trouble.empty())
-        return qd_complain(trouble);
+    if (settle(line, url) != 0)
+        return QD_STATUS_TROUBLE;
     url.ca_file_ = line.ca_file_;
     bool told_to_end = false;
     return read_password(line, url) != 0 ? QD_STATUS_TROUBLE : take_part(line, url, told_to_end);
 }
 
-int qd_host_conference(const QD_Command_Line& line)
+int qd_host_conference(QD_Command_Line line)
 {
-    const std::string trouble = line.members_.empty() ? "" : qd_name_trouble(line.members_[0]);
-    if (!trouble.empty())
-        return qd_complain(trouble);
+    QD_Broker_Url url;
+    if (settle(line, url) != 0)
+        return QD_STATUS_TROUBLE;
     const std::string directory = qd_make_directory("");
     if (directory.empty())
         return QD_STATUS_TROUBLE;
-    const int status = host(line, directory);
+    const int status = host(line, url, directory);
     if (status == 0) { // else its log may tell why
         std::error_code ignored;
         std::filesystem::remove_all(directory, ignored);

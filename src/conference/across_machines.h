@@ -5,8 +5,8 @@
 
 /// Takes part in a conference of a broker until the member leaves. Returns the
 /// program's status; what is wrong is said on standard error.
-int qd_join_conference(const QD_Command_Line& line);
+int qd_join_conference(QD_Command_Line line);
 
 /// Starts a broker of its own, prints the line by which others join, and keeps
-/// it open until Ctrl-C; with a name it takes part, too. Returns the status.
-int qd_host_conference(const QD_Command_Line& line);
+/// it open until Ctrl-C. Takes part unless told not to. Returns the status.
+int qd_host_conference(QD_Command_Line line);

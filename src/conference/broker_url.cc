@@ -113,10 +113,14 @@ std::string QD_Broker_Url::parse(std::string_view text, QD_Broker_Url& url)
     if (!read_place(authority, url))
         return "a broker's URL needs a HOST or HOST:PORT";
     if (slash != std::string_view::npos && slash + 1 < text.size())
-        url.conference_ = text.substr(slash + 1);
-    if (!is_word(url.conference_))
-        return "a conference's name has letters, digits and -_.@ only";
+        return url.set_conference(text.substr(slash + 1));
     return "";
+}
+
+std::string QD_Broker_Url::set_conference(std::string_view name)
+{
+    conference_ = name;
+    return is_word(name) ? "" : "a conference's name has letters, digits and -_.@ only";
 }
 
 std::string QD_Broker_Url::secret_trouble() const

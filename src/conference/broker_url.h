@@ -27,6 +27,9 @@ struct QD_Broker_Url {
     /// Returns "" or what is wrong, a sentence; `url` is of no use then.
     static std::string parse(std::string_view text, QD_Broker_Url& url);
 
+    /// Names another conference. Returns "" or what is wrong, a sentence.
+    std::string set_conference(std::string_view name);
+
     /// What is wrong with user and password, once the password is there from
     /// wherever it comes; "" if nothing is.
     std::string secret_trouble() const;

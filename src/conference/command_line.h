@@ -9,12 +9,15 @@ struct QD_Command_Line {
     enum Mode { HELP, RUN, DEMO, JOIN, HOST };
 
     Mode mode_ = HELP;
-    std::vector<std::string> members_; // run: NAME or NAME@ADDRESS; join, host: one NAME or none
+    std::vector<std::string> members_; // run: NAME or NAME@ADDRESS
     bool announced_ = true;
     int count_ = 3;           // demo: members, 2..8
     int seconds_ = 15;        // demo: how long; 0: until the user leaves
     int screen_width_ = 1280; // demo: where windows are laid out
     int screen_height_ = 1024;
+    std::string conference_;           // join, host: "": the URL's, or "conference"
+    std::string name_;                 // join, host: the member's, "": the user's login name
+    bool takes_part_ = true;           // host
     std::string broker_;               // join: its URL
     std::string password_file_;        // join: "" for none
     std::string ca_file_;              // join: "" for the system's certificates

@@ -52,8 +52,8 @@ TEST(CommandLine, SaysWhatIsWrong)
         {{"run", "--unannounced=yes", "a"}, "--unannounced takes no value"},
         {{"run", "--fast", "a"}, "there is no option --fast"},
         {{"join", "anna"}, "say where the conference is: --broker URL"},
-        {{"join", "anna", "bo", "--broker", "mqtt://h"}, "one member joins: name it"},
-        {{"host", "anna", "bo"}, "one member hosts: name it, or none"},
+        {{"join", "daily", "anna", "--broker", "mqtt://h"},
+            "name one conference; --name says what you are called"},
         {{"host", "--port", "65536"}, "--port cannot be \"65536\""},
     };
     for (const auto& c : cases) {

@@ -63,7 +63,7 @@ protected:
         for (int i = 0; i < 3; ++i)
             seats_.push_back(std::make_unique<Seat>(2 + i,
                 std::vector<std::string> {
-                    "join", names[i], "--broker", "mqtt://" + broker_.place() + "/x"}));
+                    "join", "x", "--name", names[i], "--broker", "mqtt://" + broker_.place()}));
         for (const auto& seat : seats_)
             for (size_t i = 0; i < 3; ++i)
                 ASSERT_TRUE(seat->says(seats_[i]->label(names[i]) + " has joined\n"))
@@ -147,14 +147,14 @@ TEST_F(Join, AFrozenCompanionIsGoneForAllWithinTenSecondsAndComesBack)
 
 TEST(Host, OthersJoinByTheLineItPrintsAndNobodyElse)
 {
-    Seat host(10, {"host", "anna"});
+    Seat host(10, {"host", "daily", "--name", "anna"});
     ASSERT_TRUE(host.says("anna@" + qd_test_address(10) + " has joined\n")) << host.said();
     const std::string said = host.said();
     const size_t at = said.find("mqtt+psk://");
     ASSERT_NE(at, std::string::npos) << said;
     const std::string url = said.substr(at, said.find('\n', at) - at);
 
-    Seat guest(11, {"join", "bo", "--broker", url});
+    Seat guest(11, {"join", "--name", "bo", "--broker", url});
     EXPECT_TRUE(guest.says("anna@" + qd_test_address(10) + " has joined\n")) << guest.said();
     EXPECT_TRUE(host.says("bo@" + qd_test_address(11) + " has joined\n"));
     const std::string seen
@@ -167,7 +167,8 @@ TEST(Host, OthersJoinByTheLineItPrintsAndNobodyElse)
     wrong[0] = wrong[0] == '0' ? '1' : '0';
     std::string wrong_url = url;
     wrong_url.replace(url.find(key), 64, "");
-    Seat stranger(12, {"join", "eve", "--broker", wrong_url}, {{"QD_BROKER_PASSWORD", wrong}});
+    Seat stranger(
+        12, {"join", "--name=eve", "--broker", wrong_url}, {{"QD_BROKER_PASSWORD", wrong}});
     EXPECT_EQ(stranger.process().wait(10s), 1);
     EXPECT_THAT(stranger.said(), HasSubstr("cannot be used: "));
 

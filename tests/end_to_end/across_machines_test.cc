@@ -52,9 +52,9 @@ public:
                 {"QD_SPEAKER", "file:" + dir_.path()}, {"QD_CAMERA", "testcard"}};
         process_.emplace(
             network.at(host,
-                {QD_BUILD_DIR "/quendal-conference", "join", name, "--broker",
-                    "mqtt://" + QD_Test_Network::address(BROKER_HOST) + "/standup", "--dir",
-                    dir_.path(), "--client", client, "--", "-xrm", "*toggle.set: True"}),
+                {QD_BUILD_DIR "/quendal-conference", "join", "standup", "--name", name, "--broker",
+                    "mqtt://" + QD_Test_Network::address(BROKER_HOST), "--dir", dir_.path(),
+                    "--client", client, "--", "-xrm", "*toggle.set: True"}),
             set_up);
     }
 
