@@ -36,8 +36,7 @@ constexpr double CALMNESS_POWER = 0.25;
 constexpr double FINEST_INTRA_SHARE = 0.6;
 constexpr double SAME_QUANTISER = 1.05;
 constexpr int LONG = QD_CODED_SIZE / 3;
-constexpr double CLEARLY_LESS = 0.9;
-constexpr int MOST_FAILURES = 4;
+constexpr double CLEARLY_LESS = 0.8;
 constexpr double REACTION = 0.5;
 constexpr double FINEST_STEP = 0.8;
 constexpr double COARSEST_STEP = 1.25;
@@ -59,7 +58,7 @@ double QD_Quantiser::get(bool is_intra) const
 {
     if (is_intra)
         return std::max(q_ * intra_share_, FINEST);
-    return std::max(q_, rest_ > 0 ? fitting_ : fitting_ - 1);
+    return std::max(q_, fitting_ - 1);
 }
 
 int QD_Quantiser::get_intra_room() const
@@ -131,23 +130,14 @@ double QD_Quantiser::get_mean_size() const
     return (intra + (PERIOD - 1) * predicted) / PERIOD;
 }
 
-// A picture that turns out too long is coded again, which takes its time: what
-// failed several times in a row is tried again more and more seldom.
+// A picture that turns out too long is coded again and again, each time a step
+// coarser, which takes its time: the next one begins one step below what fitted.
 void QD_Quantiser::follow_fit(const QD_Coded_Picture& picture)
 {
     const double asked = get(false);
     const bool has_failed = picture.size > LONG && picture.quantiser > asked * SAME_QUANTISER;
-    if (has_failed) {
-        failures_ = std::min(failures_ + 1, MOST_FAILURES);
-        rest_ = failures_ - 1;
-        failed_size_ = picture.size;
-    } else if (rest_ > 0) {
-        rest_ = picture.size < CLEARLY_LESS * failed_size_ ? 0 : rest_ - 1;
-    } else {
-        failures_ = 0;
-    }
-    if (has_failed || rest_ == 0)
-        fitting_ = has_failed ? picture.quantiser : asked;
+    const bool is_short = picture.size < CLEARLY_LESS * QD_CODED_SIZE;
+    fitting_ = has_failed ? picture.quantiser : is_short ? FINEST : asked;
 }
 
 void QD_Quantiser::settle(double finest_step, double coarsest_step)

@@ -73,9 +73,6 @@ private:
     double intra_cost_ = 0;     // bytes at quantiser 1, 0 before the first picture
     double predicted_cost_ = 0; // likewise
     double fitting_ = 0;        // what predicted pictures fitted with
-    int failures_ = 0;          // to fit with a finer one, in a row
-    int failed_size_ = 0;       // then, with the quantiser that did fit
-    int rest_ = 0;              // pictures before that is tried again
     double error_ = 0;          // of late
     double log_ageing_;         // of the mean square change in a second, of late
     double last_change_ = 0;
