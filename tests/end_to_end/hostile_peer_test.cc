@@ -244,10 +244,15 @@ protected:
     QD_Termination termination_;
 };
 
-const UserData* friends_sound()
+// The figures so far of what the friend says.
+std::optional<UserData> friends_sound()
 {
-    QD_Member* member = QD_Session_Ref()->get_member(1);
-    return member != nullptr ? member->get_audio_data() : nullptr;
+    const QD_Session_Ref session;
+    const QD_Session_Hold hold(session.get());
+    const QD_Member* member = session->get_member(1);
+    if (member == nullptr || member->get_audio_data() == nullptr)
+        return std::nullopt;
+    return *member->get_audio_data();
 }
 
 }
@@ -259,7 +264,7 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
     QD_Client_Under_Test client(FRIEND, set_up);
     ASSERT_TRUE(client.framework().settle()) << "and so it listens";
     EXPECT_EQ(QD_Session_Ref()->invite("user", qd_test_address(FRIEND).c_str()), 0);
-    ASSERT_TRUE(run_until([] { return friends_sound() != nullptr; }));
+    ASSERT_TRUE(run_until([] { return friends_sound().has_value(); }));
 
     // These two take their time, and none of ours.
     const Stranger half;
@@ -296,7 +301,7 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
             stderr, "%s: input to callback, 95th percentile %.2f ms\n", attack.what, milliseconds);
         EXPECT_LT(milliseconds, SANITIZED ? 1000 : 5);
         EXPECT_TRUE(answers_strangers());
-        ASSERT_NE(friends_sound(), nullptr);
+        ASSERT_TRUE(friends_sound().has_value());
         EXPECT_GE(friends_sound()->frames_received - heard, 8 * took.count());
         EXPECT_EQ(friends_sound()->frames_lost, 0);
         before = before != 0 ? before : qd_resident_kilobytes(getpid());
@@ -322,7 +327,7 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
     drip.join();
     deaf.join();
     EXPECT_EQ(client.end(), 0);
-    EXPECT_TRUE(run_until([] { return friends_sound() == nullptr; })) << "the friend has left";
+    EXPECT_TRUE(run_until([] { return !friends_sound().has_value(); })) << "the friend has left";
 }
 
 TEST_F(HostilePeerTest, AHostThatDoesNotAnswerHoldsTheWindowASecond)
