@@ -51,10 +51,8 @@ std::string invitation() { return message(62, 35, std::string(35, '\0')); }
 // A stranger's stream to us.
 class Stranger {
 public:
-    // `room`: bytes that the system receives ahead.
-    explicit Stranger(int room = 65536) : fd_(stream_socket(STRANGER, 0))
+    Stranger() : fd_(stream_socket(STRANGER, 0))
     {
-        ::setsockopt(fd_.get(), SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
         const sockaddr_in us = address(US, SIGNALLING_PORT);
         timeval bound {0, 100000};
         ::setsockopt(fd_.get(), SOL_SOCKET, SO_SNDTIMEO, &bound, sizeof bound);
@@ -301,9 +299,12 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
             stderr, "%s: input to callback, 95th percentile %.2f ms\n", attack.what, milliseconds);
         EXPECT_LT(milliseconds, SANITIZED ? 1000 : 5);
         EXPECT_TRUE(answers_strangers());
-        ASSERT_TRUE(friends_sound().has_value());
-        EXPECT_GE(friends_sound()->frames_received - heard, 8 * took.count());
-        EXPECT_EQ(friends_sound()->frames_lost, 0);
+        const std::optional<UserData> sound = friends_sound();
+        EXPECT_TRUE(sound.has_value());
+        if (!sound)
+            break;
+        EXPECT_GE(sound->frames_received - heard, 8 * took.count());
+        EXPECT_EQ(sound->frames_lost, 0);
         before = before != 0 ? before : qd_resident_kilobytes(getpid());
     }
     if (!SANITIZED) {
@@ -312,20 +313,9 @@ TEST_F(HostilePeerTest, WindowMemoryAndTheOthersCallAreUntouched)
 
     const Stranger absurd;
     absurd.send(message(5, 0x7fffffff));
-    std::atomic<bool> deaf_ended = false;
-    std::thread deaf([&] {
-        const Stranger stranger(2048);
-        while (going && (stranger.send(invitation()) || errno == EAGAIN)) {}
-        deaf_ended = true;
-    });
-    auto quiet = std::make_unique<Quiet>();
-    run_until([&] { return deaf_ended.load(); });
-    quiet.reset();
-    EXPECT_TRUE(deaf_ended);
     EXPECT_TRUE(run_until([&] { return half.ended() && slow.ended() && absurd.ended(); }));
     going = false;
     drip.join();
-    deaf.join();
     EXPECT_EQ(client.end(), 0);
     EXPECT_TRUE(run_until([] { return !friends_sound().has_value(); })) << "the friend has left";
 }
