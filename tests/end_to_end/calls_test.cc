@@ -35,6 +35,13 @@ public:
         client_.emplace(host, set_up);
     }
 
+    ~Caller()
+    {
+        if (!left_)
+            leave();
+    }
+    Caller(const Caller&) = delete;
+
     QD_Client_Under_Test& client() { return *client_; }
     std::string address() const { return qd_test_address(host_); }
 
@@ -104,7 +111,12 @@ public:
         return QD_Person(*client_).find(other.name_ + "@");
     }
 
-    void leave() { EXPECT_EQ(client_->end(), 0); }
+    // Everybody does, at the latest at the end of the test.
+    void leave()
+    {
+        left_ = true;
+        EXPECT_EQ(client_->end(), 0);
+    }
 
 private:
     static constexpr std::chrono::seconds PATIENCE {20};
@@ -119,6 +131,7 @@ private:
     std::vector<short> voice_;
     QD_Temp_Dir dir_;
     std::optional<QD_Client_Under_Test> client_;
+    bool left_ = false;
 };
 
 class CallsTest : public testing::Test {
@@ -155,10 +168,6 @@ TEST_F(CallsTest, ThreePeopleCallOneAnotherTogether)
     EXPECT_TRUE(chiara.sees(anna));
     EXPECT_TRUE(anna.sees(bernt));
     EXPECT_TRUE(bernt.sees(anna));
-
-    anna.leave();
-    bernt.leave();
-    chiara.leave();
 }
 
 // Every message says that it is from member 0. So the announcement of Chiara renews Bernt's record
@@ -180,9 +189,6 @@ TEST_F(CallsTest, AMemberCalledLaterIsAStrangerToThoseCalledBefore)
     EXPECT_FALSE(bernt.has_heard(chiara));
     EXPECT_FALSE(chiara.has_heard(bernt));
     EXPECT_FALSE(bernt.has_window_of(chiara));
-    anna.leave();
-    bernt.leave();
-    chiara.leave();
 }
 
 TEST_F(CallsTest, RejectionsAreToldAndOneEndsAnsweringForGood)
