@@ -5,10 +5,29 @@
 #include "platform/vk/app.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+// The panels lie beside the program, which may not be on the PATH: looked for there last.
+void find_panels()
+{
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const char* const path = getenv("PATH");
+    const std::string before = path != nullptr && *path != '\0' ? path + std::string(":") : "";
+    if (!error)
+        setenv("PATH", (before + program.parent_path().string()).c_str(), 1);
+}
+
+}
 
 int main(int argc, char** argv)
 {
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // a log tells at once what has happened
+    find_panels();
     InitEZ();
     VkApp application("Application", &argc, argv);
     QD_Termination termination;

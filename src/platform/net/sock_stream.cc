@@ -13,6 +13,7 @@
 namespace {
 
 constexpr size_t CHUNK = 16 << 10;
+constexpr int SEND_BUFFER = 64 << 10; // so that a peer that reads nothing is soon noticed
 
 void set_option(int fd, int level, int name, int value)
 {
@@ -26,6 +27,7 @@ bool would_wait() { return errno == EAGAIN || errno == EWOULDBLOCK; }
 SOCK_Stream::SOCK_Stream(QD_Fd fd) : fd_(std::move(fd))
 {
     set_option(fd_.get(), IPPROTO_TCP, TCP_NODELAY, 1);
+    set_option(fd_.get(), SOL_SOCKET, SO_SNDBUF, SEND_BUFFER);
     set_option(fd_.get(), SOL_SOCKET, SO_KEEPALIVE, 1);
     set_option(fd_.get(), IPPROTO_TCP, TCP_KEEPIDLE, 60);
     set_option(fd_.get(), IPPROTO_TCP, TCP_KEEPINTVL, 10);
