@@ -21,30 +21,6 @@ protected:
 
 }
 
-TEST_F(OptionsFileTest, WhatIsWrittenIsReadBack)
-{
-    options_.volume = 7;
-    strcpy(options_.email, "a@b");
-    ASSERT_EQ(qd_write_options_file(options_), 0);
-    EXPECT_EQ(qd_read_file(file()).size(), 280u);
-    _options read;
-    ASSERT_EQ(qd_read_options_file(&read), 0);
-    EXPECT_EQ(read.volume, 7);
-    EXPECT_STREQ(read.email, "a@b");
-}
-
-TEST_F(OptionsFileTest, AShortFileChangesNothingAndALongOneIsReadInFront)
-{
-    options_.volume = 9;
-    qd_write_file(file(), std::string(279, 'x'));
-    EXPECT_EQ(qd_read_options_file(&options_), -1);
-    EXPECT_EQ(options_.volume, 9);
-    EXPECT_STREQ(options_.local_name, "user");
-    qd_write_file(file(), std::string(281, '\1'));
-    EXPECT_EQ(qd_read_options_file(&options_), 0);
-    EXPECT_EQ(options_.volume, 0x01010101);
-}
-
 TEST_F(OptionsFileTest, NoUsableHomeIsNoFile)
 {
     setenv("HOME", ("/" + std::string(191, 'h')).c_str(), 1); // 200 characters with the name

@@ -16,16 +16,11 @@ Image image_by_hand()
     const auto put = [&](size_t at, const std::string& bytes) {
         memcpy(&image[at], bytes.data(), bytes.size());
     };
-    put(0, std::string("\0\0\0\3", 4));
-    put(4, std::string("\0\0\0\0", 4));
+    image[3] = 3; // the connection
     put(8, "anna");
     put(58, "anna@example.org");
     put(158, "server.example.org");
-    put(260, std::string("\0\0\0\1", 4));
-    put(264, std::string("\0\0\0\xff", 4));
-    put(268, std::string("\0\0\1\2", 4));
-    put(272, std::string("\xff\xff\xff\xff", 4));
-    put(276, std::string("\x12\x34\x56\x78", 4));
+    put(260, std::string("\0\0\0\1\0\0\0\xff\0\0\1\2\xff\xff\xff\xff\x12\x34\x56\x78", 20));
     return image;
 }
 
@@ -63,16 +58,4 @@ TEST(Options, TextsWithoutAnEndAreCutAndPaddingIsZero)
     options.encode(out);
     EXPECT_EQ(out[57], 0);
     EXPECT_EQ(out[258] + out[259], 0);
-}
-
-TEST(Options, DefaultsAreThoseOfANewUser)
-{
-    const _options options;
-    EXPECT_EQ(options.connection, _modem28);
-    EXPECT_EQ(options.auto_accept, 1);
-    EXPECT_STREQ(options.local_name, "user");
-    EXPECT_EQ(options.volume, 125);
-    EXPECT_EQ(options.mic_volume, 125);
-    EXPECT_EQ(options.fps_max, 5);
-    EXPECT_EQ(options.mic_cutoff, 0);
 }
