@@ -183,10 +183,16 @@ TEST_F(SvcHandlerTest, PeersThatEndOrTalkNonsenseAreEndedAlone)
         EXPECT_EQ(place_.use_count(), 2) << "the stream has gone and given its place back";
     }
     EXPECT_EQ(form_.statuses.back(), "Inviting user left");
-    Guest negative = accept();
-    negative.send(header(7, 0xffffffff));
+    Guest good = accept();
+    good.send(header(7, 0xffffffff) + header(7, 65536)); // less than nothing is no body
+    for (int part = 0; part < 16; ++part) {
+        good.send(std::string(4096, 'x'));
+        run();
+    }
+    good.send(qd_header_image(62, 0, std::string(20, 'n'), HOST, 8) + std::string(8, '\0'));
     run();
-    EXPECT_FALSE(negative.ended()) << "less than nothing is no body";
+    EXPECT_EQ(form_.statuses.back(), "You are INVITED by " + std::string(19, 'n') + "@10.0.0.5");
+    EXPECT_FALSE(good.ended());
     EXPECT_FALSE(other.ended());
 }
 

@@ -1,5 +1,6 @@
 #include "tests/ui/ui_test.h"
 
+#include "signalling/session_control.h"
 #include "tests/support/bars.h"
 #include "ui/display_factory.h"
 #include "ui/main_form.h"
@@ -69,6 +70,7 @@ void open_options(int round)
 TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
 {
     ui_app();
+    const QD_Session_Ref session; // which the program's windows share
     const size_t before = theApplication->windows().size();
     struct {
         void (*open)(int round);
