@@ -4,7 +4,6 @@
 #include "signalling/session_control.h"
 #include "ui/options_window.h"
 
-#include <Xm/Scale.h>
 #include <Xm/ToggleB.h>
 
 namespace {
