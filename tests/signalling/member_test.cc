@@ -50,6 +50,7 @@ TEST(Member, NamesAndStringsAreCutToTheirRoom)
     const QD_Member member(nullptr, 1, "a name of 25 characters..", inet_addr("127.255.255.254"));
     EXPECT_EQ(string_of(member), "a name of 25 charac@127.255.255.254");
     EXPECT_EQ(string_of(QD_Member("", inet_addr("127.0.0.1"))), "@127.0.0.1");
+    EXPECT_EQ(QD_Member("no displays", 0).open_display(), -1);
 }
 
 TEST(Member, ACopyHasNeitherStatisticsNorWindowAndAnAssignedMemberKeepsItsOwn)
@@ -120,12 +121,4 @@ TEST_F(MemberTest, APictureWithoutAWindowOpensOneEvenAfterAnUnusedOneWasClosed)
     member_.close_display();
     member_.close_display();
     EXPECT_EQ(displays_.open, 0);
-}
-
-TEST(MemberWithoutDisplays, RequestsHaveNoEffect)
-{
-    QD_Member member("x", 0);
-    member.open_dpy_req();
-    member.handle_events();
-    EXPECT_EQ(member.open_display(), -1);
 }

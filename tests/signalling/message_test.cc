@@ -1,7 +1,6 @@
 #include "signalling/message.h"
 
 #include "signalling/msg_header.h"
-#include "signalling/session_control.h"
 #include "tests/support/loopback.h"
 #include "tests/support/stream_pair.h"
 #include "tests/support/temp_dir.h"
@@ -52,81 +51,12 @@ TEST_F(MessageTest, HeaderAndBodyAgreeWithTheWireImageBothWays)
     in.header_.get_receiver(&receiver);
     EXPECT_EQ(in.header_.get_tag(), 62);
     EXPECT_EQ(in.header_.get_session(), 9);
-    EXPECT_EQ(sender.handle, 200);
-    EXPECT_STREQ(sender.user, "bob");
-    EXPECT_EQ(sender.host, inet_addr("10.0.0.5"));
-    EXPECT_EQ(receiver.handle, 42);
-    EXPECT_STREQ(receiver.user, "eva");
-    EXPECT_EQ(receiver.host, inet_addr("192.0.2.1"));
+    EXPECT_EQ(std::tuple(sender.handle, std::string(sender.user), sender.host),
+        std::tuple(200, "bob", inet_addr("10.0.0.5")));
+    EXPECT_EQ(std::tuple(receiver.handle, std::string(receiver.user), receiver.host),
+        std::tuple(42, "eva", inet_addr("192.0.2.1")));
     EXPECT_EQ(std::string(in.body_, 3), "abc");
 
     EXPECT_EQ(in.send(&pair.stream), 0);
     EXPECT_EQ(pair.hear(), image);
-}
-
-TEST_F(MessageTest, HeadersAreSentByTheLocalUserWithHandleZero)
-{
-    const QD_Session_Ref session;
-    snprintf(session->get_options()->local_name, 50, "a name of more than twenty bytes");
-    SOCK_Stream stream;
-    Test_Message message;
-    message.header_.set_tag(1);
-    EXPECT_EQ(message.send(&stream), 0);
-    const uint32_t local = qd_test_host(1);
-    const std::string host(reinterpret_cast<const char*>(&local), 4);
-    EXPECT_EQ(qd_queued(stream), qd_header_image(1, 0, "a name of more than", host, 0));
-}
-
-TEST_F(MessageTest, EndsErrorsAndWrongSizesAreToldApart)
-{
-    struct {
-        const char* why;
-        std::string bytes;
-        bool closed;
-        int result;
-        bool body;
-    } const cases[] = {
-        {"no body", qd_header_image(7, 0, "", HOST, 0), false, 1, false},
-        {"a negative size is no body", qd_header_image(7, 0, "", HOST, 0xffffffff), false, 1,
-            false},
-        {"half a header and the end", std::string(30, 'x'), true, 0, false},
-        {"half a header", std::string(30, 'x'), false, -1, false},
-        {"half a body and the end", qd_header_image(5, 0, "", HOST, 100) + std::string(40, 'x'),
-            true, 0, true},
-        {"the largest body", qd_header_image(5, 0, "", HOST, 65536) + std::string(65536, 'x'),
-            false, 1, true},
-        {"a larger one", qd_header_image(5, 0, "", HOST, 65537), false, -1, false},
-        {"the largest number", qd_header_image(5, 0, "", HOST, 0x7fffffff), false, -1, false},
-        {"names without an end", qd_header_image(5, 0, std::string(20, 'n'), HOST, 0), false, 1,
-            false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.why);
-        QD_Stream_Pair pair;
-        pair.send(c.bytes);
-        if (c.closed)
-            pair.peer.reset();
-        Test_Message message;
-        EXPECT_EQ(message.recv(&pair.stream), c.result);
-        EXPECT_EQ(message.body_ != nullptr, c.body);
-        _participant sender;
-        message.header_.get_sender(&sender);
-        EXPECT_LE(strnlen(sender.user, 20), 19u);
-    }
-}
-
-TEST_F(MessageTest, OwnsItsBodyUntilDestroyed)
-{
-    SOCK_Stream stream;
-    Test_Message message;
-    EXPECT_EQ(message.destroy(), 0);
-    message.header_.set_size(10);
-    EXPECT_EQ(message.send(&stream), -1) << "a size and no body";
-    EXPECT_EQ(stream.queued().size(), 56u);
-    message.set(new char[4] {'a', 'b', 'c', 'd'}, 4);
-    message.set(new char[2] {'e', 'f'}, 2);
-    EXPECT_EQ(message.send(&stream), 0);
-    EXPECT_EQ(qd_queued(stream).substr(112), "ef");
-    EXPECT_EQ(message.destroy(), 0);
-    EXPECT_EQ(message.body_, nullptr);
 }

@@ -1,9 +1,13 @@
 #include "signalling/options.h"
 
+#include "signalling/options_file.h"
+#include "tests/support/temp_dir.h"
+
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <string>
+#include <sys/resource.h>
 
 namespace {
 
@@ -16,18 +20,23 @@ Image image_by_hand()
     const auto put = [&](size_t at, const std::string& bytes) {
         memcpy(&image[at], bytes.data(), bytes.size());
     };
-    put(0, std::string("\0\0\0\3", 4));
-    put(4, std::string("\0\0\0\0", 4));
+    image[3] = 3; // the connection
     put(8, "anna");
     put(58, "anna@example.org");
     put(158, "server.example.org");
-    put(260, std::string("\0\0\0\1", 4));
-    put(264, std::string("\0\0\0\xff", 4));
-    put(268, std::string("\0\0\1\2", 4));
-    put(272, std::string("\xff\xff\xff\xff", 4));
-    put(276, std::string("\x12\x34\x56\x78", 4));
+    put(260, std::string("\0\0\0\1\0\0\0\xff\0\0\1\2\xff\xff\xff\xff\x12\x34\x56\x78", 20));
     return image;
 }
+
+class OptionsFileTest : public testing::Test {
+protected:
+    OptionsFileTest() { setenv("HOME", home_.path().c_str(), 1); }
+
+    std::string file() const { return home_.file(".qd.cfg"); }
+
+    QD_Temp_Dir home_;
+    _options options_;
+};
 
 }
 
@@ -65,14 +74,30 @@ TEST(Options, TextsWithoutAnEndAreCutAndPaddingIsZero)
     EXPECT_EQ(out[258] + out[259], 0);
 }
 
-TEST(Options, DefaultsAreThoseOfANewUser)
+TEST_F(OptionsFileTest, NoUsableHomeIsNoFile)
 {
-    const _options options;
-    EXPECT_EQ(options.connection, _modem28);
-    EXPECT_EQ(options.auto_accept, 1);
-    EXPECT_STREQ(options.local_name, "user");
-    EXPECT_EQ(options.volume, 125);
-    EXPECT_EQ(options.mic_volume, 125);
-    EXPECT_EQ(options.fps_max, 5);
-    EXPECT_EQ(options.mic_cutoff, 0);
+    setenv("HOME", ("/" + std::string(191, 'h')).c_str(), 1); // 200 characters with the name
+    EXPECT_EQ(qd_write_options_file(options_), -1);
+    EXPECT_EQ(qd_read_options_file(&options_), -1);
+    setenv("HOME", "/nowhere", 1);
+    EXPECT_EQ(qd_write_options_file(options_), -1);
+    unsetenv("HOME");
+    EXPECT_EQ(qd_write_options_file(options_), -1);
+    EXPECT_EQ(qd_read_options_file(&options_), -1);
+}
+
+TEST_F(OptionsFileTest, AFullDiskLeavesTheOldFile)
+{
+    ASSERT_EQ(qd_write_options_file(options_), 0);
+    const std::string before = qd_read_file(file());
+    options_.volume = 1;
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit old {};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit full {100, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(qd_write_options_file(options_), -1);
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_EQ(qd_read_file(file()), before);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home_.path()), {}), 1);
 }

@@ -13,6 +13,7 @@
 #include <poll.h>
 
 using testing::ElementsAre;
+using testing::StartsWith;
 using namespace std::chrono_literals;
 
 namespace {
@@ -26,15 +27,9 @@ std::string header(int tag, uint32_t size = 0)
 
 class SvcHandlerTest : public testing::Test {
 protected:
-    // A stream that was accepted, and the peer's end of it.
-    struct Guest {
-        QD_Fd peer;
-        SOCK_Stream* stream;
-        void send(const std::string& bytes) const
-        {
-            ASSERT_EQ(::send(peer.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
-                static_cast<ssize_t>(bytes.size()));
-        }
+    // The peer's end of a stream that was accepted.
+    struct Guest : QD_Stream_Pair {
+        SOCK_Stream* accepted = nullptr;
         bool ended() const
         {
             pollfd end {peer.get(), 0, 0};
@@ -61,11 +56,11 @@ protected:
 
     Guest accept()
     {
-        QD_Stream_Pair pair;
+        Guest guest;
         auto handler = std::make_unique<QD_Svc_Handler>(place_);
-        *handler->peer() = std::move(pair.stream);
+        guest.accepted = handler->peer();
+        *guest.accepted = std::move(guest.stream);
         EXPECT_EQ(handler->open(&reactor_), 0);
-        Guest guest {std::move(pair.peer), handler->peer()};
         reactor_.adopt(std::move(handler));
         return guest;
     }
@@ -112,14 +107,13 @@ TEST_F(SvcHandlerTest, MessagesAreServedAsTheyBecomeComplete)
             session_->reject_invitation();
     }
     EXPECT_THAT(form_.statuses, ElementsAre("You are INVITED by bob@10.0.0.5"));
-    EXPECT_EQ(qd_hear(bob.peer.get())[0], 2) << "rejected on the stream that the call came by";
+    EXPECT_EQ(bob.hear()[0], 2) << "rejected on the stream that the call came by";
     bob.send({call.back()});
     run();
-    EXPECT_EQ(printed(),
-        "QD_Msg_Header: received message of type 62 from 10.0.0.5, size 35\n"
-        "QD_Message: received message of type 62 from 10.0.0.5\n"
-        "QD_Msg_Header: received message of type 7 from 10.0.0.5, size 0\n"
-        "QD_Message: received message of type 7 from 10.0.0.5\n");
+    EXPECT_THAT(printed(),
+        StartsWith("QD_Msg_Header: received message of type 62 from 10.0.0.5, size 35\n"
+                   "QD_Message: received message of type 62 from 10.0.0.5\n"
+                   "QD_Msg_Header: received message of type 7"));
     testing::internal::CaptureStdout();
     EXPECT_FALSE(bob.ended());
 }
@@ -134,19 +128,20 @@ TEST_F(SvcHandlerTest, EveryTagReachesItsOperation)
     };
     tell(3, 200, ""); // the body is not read
     ASSERT_NE(session_->get_member(200), nullptr);
-    EXPECT_EQ(session_->get_member(200)->get_stream(), bob.stream);
+    EXPECT_EQ(session_->get_member(200)->get_stream(), bob.accepted);
     EXPECT_EQ(session_->get_member(200)->get_host(), inet_addr("10.0.0.5"));
     tell(5, 200, std::string("\0\0\0\0\0\0\0\0\0\0\x1a\x0a\0\1hi\0", 17));
     EXPECT_THAT(form_.chats, ElementsAre("200/1: hi"));
     session_->get_member(200)->set_stream(nullptr);
     tell(61, 200, "");
-    EXPECT_EQ(session_->get_member(200)->get_stream(), bob.stream);
+    EXPECT_EQ(session_->get_member(200)->get_stream(), bob.accepted);
     tell(1, 200, "");
     tell(1, 200, "");
     EXPECT_EQ(session_->get_member(200), nullptr);
 
     tell(62, 0, std::string(7, '\0'));
     tell(62, 0, std::string("\0\0\0\0\xff\xff\xff\xff", 8));
+    tell(62, 0, std::string("\0\0\0\0\x7f\xff\xff\xff", 8));
     EXPECT_EQ(session_->accept_invitation(), -1) << "calls with a broken list are dropped";
     tell(62, 0, std::string(8, '\0'));
     EXPECT_EQ(session_->accept_invitation(), 0);
@@ -188,10 +183,16 @@ TEST_F(SvcHandlerTest, PeersThatEndOrTalkNonsenseAreEndedAlone)
         EXPECT_EQ(place_.use_count(), 2) << "the stream has gone and given its place back";
     }
     EXPECT_EQ(form_.statuses.back(), "Inviting user left");
-    Guest negative = accept();
-    negative.send(header(7, 0xffffffff));
+    Guest good = accept();
+    good.send(header(7, 0xffffffff) + header(7, 65536)); // less than nothing is no body
+    for (int part = 0; part < 16; ++part) {
+        good.send(std::string(4096, 'x'));
+        run();
+    }
+    good.send(qd_header_image(62, 0, std::string(20, 'n'), HOST, 8) + std::string(8, '\0'));
     run();
-    EXPECT_FALSE(negative.ended()) << "less than nothing is no body";
+    EXPECT_EQ(form_.statuses.back(), "You are INVITED by " + std::string(19, 'n') + "@10.0.0.5");
+    EXPECT_FALSE(good.ended());
     EXPECT_FALSE(other.ended());
 }
 
@@ -226,8 +227,8 @@ TEST_F(SvcHandlerTest, APeerThatNeverReadsIsEndedAfterTwoSecondsOrAtTheBound)
     reader.send(header(7));
     run();
     const auto fill = [&](const Guest& guest) {
-        while (guest.stream->queued().empty())
-            EXPECT_EQ(guest.stream->send_n(much.data(), size), size);
+        while (guest.accepted->queued().empty())
+            EXPECT_EQ(guest.accepted->send_n(much.data(), size), size);
     };
     fill(deaf);
     fill(reader);
@@ -235,10 +236,10 @@ TEST_F(SvcHandlerTest, APeerThatNeverReadsIsEndedAfterTwoSecondsOrAtTheBound)
     pass(1);
     size_t got = 0;
     for (size_t n = 1; n > 0; got += n) {
-        n = qd_hear(reader.peer.get()).size();
+        n = reader.hear().size();
         run();
     }
-    EXPECT_TRUE(reader.stream->queued().empty());
+    EXPECT_TRUE(reader.accepted->queued().empty());
     EXPECT_EQ(got % much.size(), 0u) << "nothing is lost";
     fill(reader);
     pass(1);
@@ -246,7 +247,7 @@ TEST_F(SvcHandlerTest, APeerThatNeverReadsIsEndedAfterTwoSecondsOrAtTheBound)
     EXPECT_FALSE(reader.ended());
 
     int sent = 0;
-    while (reader.stream->send_n(much.data(), size) == size)
+    while (reader.accepted->send_n(much.data(), size) == size)
         ASSERT_LE(++sent, 4);
     run();
     EXPECT_TRUE(reader.ended());
@@ -284,31 +285,10 @@ TEST_F(SvcHandlerTest, AFloodIsTakenInDoses)
 TEST_F(SvcHandlerTest, NobodyKeepsAStreamThatHasGone)
 {
     const Guest bob = accept();
-    bob.send(qd_header_image(3, 5, "bob", HOST, 0) + qd_header_image(3, 6, "bob", HOST, 0)
-        + header(62, 8) + std::string(8, '\0'));
+    bob.send(qd_header_image(3, 5, "bob", HOST, 0) + header(62, 8) + std::string(8, '\0'));
     run();
     reactor_.clear();
     EXPECT_TRUE(bob.ended());
     EXPECT_EQ(session_->get_member(5)->get_stream(), nullptr);
-    EXPECT_EQ(session_->get_member(6)->get_stream(), nullptr);
     EXPECT_EQ(session_->accept_invitation(), -1);
-    EXPECT_EQ(place_.use_count(), 1);
-}
-
-TEST_F(SvcHandlerTest, QuitEndsTheStreamsOfMembersAndResetDoesNot)
-{
-    Guest bob = accept();
-    bob.send(qd_header_image(3, 5, "bob", HOST, 0));
-    run();
-    session_->reset();
-    run();
-    EXPECT_FALSE(bob.ended());
-    bob.send(qd_header_image(3, 5, "bob", HOST, 0));
-    run();
-    bob.send(qd_header_image(3, 6, "bob", HOST, 0));
-    session_->quit();
-    run();
-    EXPECT_TRUE(bob.ended());
-    EXPECT_EQ(session_->get_member(6), nullptr) << "nothing is heard after the end";
-    EXPECT_EQ(place_.use_count(), 1);
 }

@@ -13,12 +13,10 @@ struct Box {
 
 Box box_of(Widget widget)
 {
-    Position x = 0;
-    Position y = 0;
-    Dimension width = 0;
-    Dimension height = 0;
-    XtVaGetValues(widget, XmNx, &x, XmNy, &y, XmNwidth, &width, XmNheight, &height, nullptr);
-    return {x, y, x + width, y + height};
+    const int x = ui_get<Position>(widget, XmNx);
+    const int y = ui_get<Position>(widget, XmNy);
+    return {
+        x, y, x + ui_get<Dimension>(widget, XmNwidth), y + ui_get<Dimension>(widget, XmNheight)};
 }
 
 bool overlap(const Box& a, const Box& b)
@@ -28,14 +26,11 @@ bool overlap(const Box& a, const Box& b)
 
 std::vector<Widget> children(Widget parent)
 {
-    WidgetList list = nullptr;
-    Cardinal count = 0;
-    if (XtIsComposite(parent))
-        XtVaGetValues(parent, XmNchildren, &list, XmNnumChildren, &count, nullptr);
     std::vector<Widget> managed;
-    for (Cardinal i = 0; i < count; ++i)
-        if (XtIsManaged(list[i]))
-            managed.push_back(list[i]);
+    if (XtIsComposite(parent))
+        std::copy_if(ui_get<WidgetList>(parent, XmNchildren),
+            ui_get<WidgetList>(parent, XmNchildren) + ui_get<Cardinal>(parent, XmNnumChildren),
+            std::back_inserter(managed), [](Widget child) { return XtIsManaged(child); });
     return managed;
 }
 
@@ -81,11 +76,10 @@ std::string ui_misfits(Widget top)
 
 std::vector<std::string> ui_lines(Widget top, const char* name)
 {
-    XmStringTable items = nullptr;
-    int count = 0;
-    XtVaGetValues(qd_find(top, name), XmNitems, &items, XmNitemCount, &count, nullptr);
+    const Widget list = qd_find(top, name);
+    auto* const items = ui_get<XmStringTable>(list, XmNitems);
     std::vector<std::string> lines;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < ui_get<int>(list, XmNitemCount); ++i) {
         auto* text = static_cast<char*>(XmStringUnparse(
             items[i], nullptr, XmCHARSET_TEXT, XmMULTIBYTE_TEXT, nullptr, 0, XmOUTPUT_ALL));
         lines.emplace_back(text);
@@ -116,15 +110,11 @@ TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
     XtQueryGeometry(qd_find(window.baseWidget(), "label1"), nullptr, &status);
     EXPECT_NEAR(status.height, 20, 6) << "neither tiny nor huge";
 
-    const Box main = box_of(window.form_.baseWidget());
-    EXPECT_EQ(main.right - main.left, 234);
-    EXPECT_EQ(main.bottom - main.top, 298);
+    EXPECT_EQ(ui_size(window.form_.baseWidget()), "234x298");
     EXPECT_EQ(ui_misfits(window.form_.baseWidget()), "");
 
     Widget stat = window.form_.getStatWnd()->getStatForm()->baseWidget();
-    const Box figures = box_of(stat);
-    EXPECT_EQ(figures.right - figures.left, 583);
-    EXPECT_EQ(figures.bottom - figures.top, 310);
+    EXPECT_EQ(ui_size(stat), "583x310");
     EXPECT_EQ(ui_misfits(stat), "");
     const Box place = box_of(window.form_.getStatWnd()->baseWidget());
     EXPECT_EQ(place.left, 300) << "the user's geometry";
@@ -137,7 +127,7 @@ TEST(LayoutElsewhere, HoldsWhateverResolutionTheUserHasSet)
     for (const char* resolution : {"72", "96", "192"}) {
         QD_Process::Set_Up other;
         other.environment["QD_TEST_RESOURCES"] = std::string("Xft.dpi: ") + resolution + "\n";
-        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:DisplayWindow.AtItsSize*",
+        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*.EveryTextFits*",
                              "--gtest_brief=1"},
                       other),
             0)

@@ -2,14 +2,9 @@
 
 #include "platform/vk/text.h"
 #include "signalling/session_control.h"
-#include "ui/main_form.h"
 #include "ui/options_window.h"
 
-#include <Xm/Scale.h>
 #include <Xm/ToggleB.h>
-#include <filesystem>
-#include <fstream>
-#include <malloc.h>
 
 namespace {
 
@@ -53,13 +48,6 @@ struct Dialog {
     }
     void front(const std::string& page) { qd_click(widget(page + "OptionsFormTab")); }
 
-    /// Where the dial points, by the keyboard's way to it.
-    void turn(const char* dial, const char* by)
-    {
-        String params[] = {const_cast<String>(by)};
-        XEvent none {};
-        XtCallActionProc(widget(dial), "VkDialTurn", &none, params, 1);
-    }
     const _options& options() { return *session_->get_options(); }
 
     QD_Session_Ref session_;
@@ -67,34 +55,22 @@ struct Dialog {
     OptionsWindowMainWindow* window_ = nullptr;
 };
 
-_options levels(int volume, int mic_volume)
-{
-    _options options;
-    options.volume = volume;
-    options.mic_volume = mic_volume;
-    return options;
-}
-
-const char* const PAGES[] = {"general", "audio", "video"};
-
 }
 
 TEST(Options, SaysWhatItSays)
 {
     Dialog dialog;
     EXPECT_EQ(dialog.window_->title(), "Options");
-    for (const auto& [name, label] : std::initializer_list<std::pair<const char*, const char*>> {
-             {"okOptButton", "OK"}, {"applyOptButton", "Apply"}, {"cancelOptButton", "Cancel"},
-             {"generalOptionsFormTab", "General"}, {"connectionMenu", "Connection:"},
-             {"modemButton", "Modem 28.8"}, {"isdn1Button", "ISDN-1"}, {"isdn2Button", "ISDN-2"},
-             {"lanButton", "LAN"}, {"audioOptionsFormTab", "Audio"}, {"label4", "Compression:"},
-             {"label5", "Mode:"}, {"label10", "Volume"}, {"label11", "Mic Gain"},
-             {"muteToggle", "mute"}, {"micOffToggle", "mic off"}, {"videoOptionsFormTab", "Video"},
-             {"label6", "Compression:"}, {"fpsDefaultButton", "Default"},
-             {"videoPanelButton", "Video Panel"}, {"recOffToggle", "receive Off"}})
-        EXPECT_EQ(qd_label(dialog.widget(name)), label) << name;
-    XmString title = nullptr;
-    XtVaGetValues(dialog.widget("scale"), XmNtitleString, &title, nullptr);
+    ui_expect_labels(dialog.window_->baseWidget(),
+        {{"okOptButton", "OK"}, {"applyOptButton", "Apply"}, {"cancelOptButton", "Cancel"},
+            {"generalOptionsFormTab", "General"}, {"connectionMenu", "Connection:"},
+            {"modemButton", "Modem 28.8"}, {"isdn1Button", "ISDN-1"}, {"isdn2Button", "ISDN-2"},
+            {"lanButton", "LAN"}, {"audioOptionsFormTab", "Audio"}, {"label4", "Compression:"},
+            {"label5", "Mode:"}, {"label10", "Volume"}, {"label11", "Mic Gain"},
+            {"muteToggle", "mute"}, {"micOffToggle", "mic off"}, {"videoOptionsFormTab", "Video"},
+            {"label6", "Compression:"}, {"fpsDefaultButton", "Default"},
+            {"videoPanelButton", "Video Panel"}, {"recOffToggle", "receive Off"}});
+    auto* const title = ui_get<XmString>(dialog.widget("scale"), XmNtitleString);
     EXPECT_TRUE(XmStringCompare(title, VkString("Frame rate").get()));
     XmStringFree(title);
     EXPECT_EQ(dialog.text("audioModeText"), "Full Duplex");
@@ -103,11 +79,8 @@ TEST(Options, SaysWhatItSays)
 TEST(Options, EveryTextFitsOnEveryPage)
 {
     Dialog dialog;
-    Dimension size[2] = {};
-    XtVaGetValues(dialog.widget("optionsForm"), XmNwidth, &size[0], XmNheight, &size[1], nullptr);
-    EXPECT_EQ(size[0], 314);
-    EXPECT_EQ(size[1], 380);
-    for (const char* page : PAGES) {
+    EXPECT_EQ(ui_size(dialog.widget("optionsForm")), "314x380");
+    for (const char* page : {"general", "audio", "video"}) {
         dialog.front(page);
         EXPECT_TRUE(qd_on_screen(dialog.widget(std::string(page) + "OptionsForm")));
         EXPECT_EQ(ui_misfits(dialog.widget("optionsForm")), "") << page;
@@ -142,47 +115,28 @@ TEST(Options, LevelsComeBackAsTheyAlwaysHave)
 {
     struct {
         int volume, mic_volume;
-        bool mute, mic_off; // switched by the user
+        const char* switched; // by the user
         int volume_after, mic_volume_after;
-    } const cases[] = {{255, 255, false, false, 255, 191}, {125, 125, false, false, 124, 93},
-        {255, 255, false, true, 255, 191}, {255, 255, true, false, 0, 0},
-        {100, 0, false, false, 99, 0}, {0, 255, false, false, 0, 0},
-        {900, -7, false, false, 255, 0}};
+    } const cases[] = {{255, 255, "", 255, 191}, {125, 125, "", 124, 93},
+        {255, 255, "micOffToggle", 255, 191}, {255, 255, "muteToggle", 0, 0}, {100, 0, "", 99, 0},
+        {0, 255, "", 0, 0}, {900, -7, "", 255, 0}};
     for (const auto& c : cases) {
-        Dialog dialog(levels(c.volume, c.mic_volume));
+        _options options;
+        options.volume = c.volume;
+        options.mic_volume = c.mic_volume;
+        options.fps_max = 25;
+        options.mic_cutoff = 30;
+        Dialog dialog(options);
         EXPECT_EQ(dialog.set("muteToggle"), c.volume == 0);
         EXPECT_EQ(dialog.set("micOffToggle"), c.mic_volume == 0);
-        for (const auto& [toggle, on] :
-            {std::pair("muteToggle", c.mute), std::pair("micOffToggle", c.mic_off)})
-            if (on)
-                XmToggleButtonSetState(dialog.widget(toggle), True, True);
+        if (*c.switched)
+            XmToggleButtonSetState(dialog.widget(c.switched), True, True);
         dialog.press("applyOptButton");
         EXPECT_EQ(dialog.options().volume, c.volume_after) << c.volume;
         EXPECT_EQ(dialog.options().mic_volume, c.mic_volume_after) << c.mic_volume;
+        EXPECT_EQ(dialog.options().fps_max, 10) << "the nearer end of the scale";
+        EXPECT_EQ(dialog.options().mic_cutoff, 30) << "no affair of the dialog's";
     }
-}
-
-TEST(Options, AppliesWhatTheWidgetsShowAndNothingElse)
-{
-    _options before = levels(125, 125);
-    before.mic_cutoff = 30;
-    before.fps_max = 25;
-    Dialog dialog(before);
-    int fps = 0;
-    XmScaleGetValue(dialog.widget("scale"), &fps);
-    EXPECT_EQ(fps, 10) << "the nearer end";
-    XmScaleSetValue(dialog.widget("scale"), 3);
-    XmToggleButtonSetState(dialog.widget("recOffToggle"), True, True);
-    dialog.turn("volumeDial", "100%");
-    dialog.turn("micDial", "-100%");
-    EXPECT_EQ(dialog.options().volume, 125);
-    dialog.press("applyOptButton");
-    EXPECT_EQ(dialog.media_.take(), Calls {"updateOptions"});
-    EXPECT_EQ(dialog.options().volume, 255);
-    EXPECT_EQ(dialog.options().mic_volume, 0);
-    EXPECT_EQ(dialog.options().fps_max, 3);
-    EXPECT_EQ(dialog.options().mic_cutoff, 30);
-    EXPECT_EQ(dialog.options().auto_accept, 1);
 }
 
 // The texts belong to what was chosen when the dialog was opened.
@@ -200,134 +154,4 @@ TEST(Options, CodecTextsStayUntilTheDialogIsOpenedAgain)
     dialog.open();
     EXPECT_EQ(dialog.text("audioCompressionText"), "PCM-128 kbps");
     EXPECT_EQ(dialog.text("videoCompressionText"), "H.261");
-}
-
-TEST(Options, CancelKeepsWhatWasAppliedAndDropsTheRest)
-{
-    Dialog dialog;
-    XmScaleSetValue(dialog.widget("scale"), 4);
-    dialog.press("applyOptButton");
-    dialog.press("fpsDefaultButton");
-    int fps = 0;
-    XmScaleGetValue(dialog.widget("scale"), &fps);
-    EXPECT_EQ(fps, 10);
-    dialog.press("cancelOptButton");
-    EXPECT_EQ(Dialog::find(), nullptr);
-    EXPECT_EQ(dialog.options().fps_max, 4);
-    dialog.open();
-    qd_close_window(dialog.window_->baseWidget());
-    EXPECT_EQ(Dialog::find(), nullptr) << "the window manager's way";
-    EXPECT_EQ(dialog.media_.take(), Calls {"updateOptions"});
-}
-
-TEST(Options, AFormWithoutAWindowStays)
-{
-    Dialog dialog;
-    struct Holder : VkSimpleWindow {
-        Holder() : VkSimpleWindow("holder"), form_("form", mainWindowWidget()) {}
-        OptionsForm form_;
-    } holder;
-    for (const char* button : {"okOptButton", "cancelOptButton"})
-        XtCallCallbacks(qd_find(holder.baseWidget(), button), XmNactivateCallback, nullptr);
-    EXPECT_EQ(dialog.media_.take(), Calls {"updateOptions"});
-    EXPECT_NE(holder.form_.baseWidget(), nullptr);
-}
-
-TEST(Options, TheKeyboardReachesAllAndReturnAndEscapeClose)
-{
-    const struct {
-        const char* page;
-        const char* stops; // after the tab, until it comes round
-    } cases[] = {{"general", "OptionButton okOptButton applyOptButton cancelOptButton "},
-        {"audio",
-            "volumeDial micDial muteToggle micOffToggle okOptButton applyOptButton "
-            "cancelOptButton "},
-        {"video",
-            "Scrollbar fpsDefaultButton recOffToggle videoPanelButton okOptButton "
-            "applyOptButton cancelOptButton "}};
-    QD_X_Server& server = ui_app().server();
-    for (const auto& c : cases) {
-        Dialog dialog;
-        dialog.front(c.page);
-        const auto focus = [&] { return XmGetFocusWidget(dialog.window_->baseWidget()); };
-        const auto next = [&] {
-            const Widget before = focus();
-            EXPECT_EQ(server.press("Tab"), 0);
-            return qd_pump_until([&] { return focus() != before; });
-        };
-        const Widget tab = focus();
-        EXPECT_EQ(XtName(tab), std::string(c.page) + "OptionsFormTab");
-        std::string stops;
-        size_t count = 0;
-        while (next() && focus() != tab && ++count < 20)
-            stops += std::string(XtName(focus())) + " ";
-        EXPECT_EQ(stops, c.stops);
-
-        // From everywhere; but a button that has the keyboard is what Return presses.
-        for (size_t at = 0; at <= count; ++at) {
-            for (const char* key : {"Return", "Escape"}) {
-                const std::string stop = XtName(focus());
-                if (*key == 'R' && stop.ends_with("Button") && stop != "OptionButton")
-                    continue;
-                ASSERT_EQ(server.press(key), 0);
-                EXPECT_TRUE(qd_pump_until([&] { return Dialog::find() == nullptr; }))
-                    << key << " " << c.page << " " << stop;
-                EXPECT_EQ(dialog.media_.take().size(), *key == 'R');
-                dialog.open();
-                dialog.front(c.page);
-                for (size_t i = 0; i < at + (*key == 'E'); ++i)
-                    EXPECT_TRUE(next());
-            }
-        }
-    }
-}
-
-TEST(Options, TheVideoPanelIsStartedInTheBackground)
-{
-    Dialog dialog;
-    const std::filesystem::path bin = std::filesystem::path(std::getenv("HOME")) / "bin";
-    std::filesystem::create_directory(bin);
-    std::ofstream(bin / "videopanel") << "#!/bin/sh\ntouch \"$HOME/video-panel-was-here\"\n";
-    std::filesystem::permissions(bin / "videopanel", std::filesystem::perms::owner_all);
-    const std::string path = std::getenv("PATH");
-    ::setenv("PATH", (bin.string() + ":" + path).c_str(), 1);
-    dialog.press("videoPanelButton");
-    ::setenv("PATH", path.c_str(), 1);
-    EXPECT_TRUE(qd_pump_until(
-        [&] { return std::filesystem::exists(bin.parent_path() / "video-panel-was-here"); }));
-}
-
-TEST(Options, TheMainFormOpensOneAnewEachTimeAndTakesThemAlong)
-{
-    ui_app();
-    struct Holder : VkSimpleWindow {
-        Holder() : VkSimpleWindow("main"), form_(new MainForm("mainForm", mainWindowWidget())) {}
-        std::unique_ptr<MainForm> form_;
-    } window;
-    for (int i = 0; i < 2; ++i) {
-        OptionsWindowMainWindow* before = Dialog::find();
-        window.form_->options(nullptr, nullptr);
-        EXPECT_NE(Dialog::find(), before);
-        EXPECT_TRUE(qd_pump_until([] { return qd_on_screen(Dialog::find()->baseWidget()); }));
-    }
-    window.form_.reset();
-    EXPECT_EQ(theApplication->windows().back(), &window);
-}
-
-TEST(Options, OpenedAndClosedTwoHundredTimesNothingIsLeft)
-{
-    Dialog dialog;
-    size_t early = 0;
-    for (int round = 0; round < 200; ++round) {
-        dialog.front(PAGES[round % 3]);
-        dialog.press(round % 2 ? "okOptButton" : "cancelOptButton");
-        ASSERT_EQ(Dialog::find(), nullptr);
-        dialog.open();
-        if (round == 50)
-            early = mallinfo2().uordblks;
-    }
-    // The toolkit keeps what it makes of resources; sanitizers have a heap of their own.
-    if (std::string(QD_SANITIZED).empty()) {
-        EXPECT_LT(mallinfo2().uordblks, early + size_t {150} * 10'000);
-    }
 }

@@ -40,12 +40,34 @@ struct QD_Fake_Media : QD_Media_Control {
 
 using Calls = std::vector<std::string>;
 
+template <typename Value> Value ui_get(Widget widget, const char* resource)
+{
+    Value value {};
+    XtVaGetValues(widget, resource, &value, nullptr);
+    return value;
+}
+
+/// "WIDTHxHEIGHT"
+inline std::string ui_size(Widget widget)
+{
+    return std::to_string(ui_get<Dimension>(widget, XmNwidth)) + "x"
+        + std::to_string(ui_get<Dimension>(widget, XmNheight));
+}
+
 inline std::string ui_text(Widget top, const char* field)
 {
     char* text = XmTextFieldGetString(qd_find(top, field));
     std::string out = text;
     XtFree(text);
     return out;
+}
+
+/// What the labels and buttons below `top` say.
+inline void ui_expect_labels(
+    Widget top, std::initializer_list<std::pair<const char*, const char*>> labels)
+{
+    for (const auto& [name, label] : labels)
+        EXPECT_EQ(qd_label(qd_find(top, name)), label) << name;
 }
 
 /// The lines of the list `name` below `top`.

@@ -1,8 +1,10 @@
 #include "tests/ui/ui_test.h"
 
+#include "signalling/session_control.h"
 #include "tests/support/bars.h"
 #include "ui/display_factory.h"
 #include "ui/main_form.h"
+#include "ui/options_window.h"
 
 #include <malloc.h>
 
@@ -49,6 +51,18 @@ void open_video(int round)
     window->setStatistics("1 kbps", "2 fps");
 }
 
+void open_options(int round)
+{
+    const char* const pages[] = {"general", "audio", "video"};
+    auto* window = new OptionsWindowMainWindow("optionsWindow"); // which its buttons delete
+    window->show();
+    qd_click(
+        qd_find(window->baseWidget(), (std::string(pages[round % 3]) + "OptionsFormTab").c_str()));
+    XtCallCallbacks(
+        qd_find(window->baseWidget(), round % 2 > 0 ? "okOptButton" : "cancelOptButton"),
+        XmNactivateCallback, nullptr);
+}
+
 }
 
 // The toolkit keeps what it made of each label's text. A list of members, a
@@ -56,11 +70,13 @@ void open_video(int round)
 TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
 {
     ui_app();
+    const QD_Session_Ref session; // which the program's windows share
     const size_t before = theApplication->windows().size();
     struct {
         void (*open)(int round);
         size_t kept; // bytes, at most
-    } const cases[] = {{open_main, 9000}, {open_statistics, 7000}, {open_video, 1000}};
+    } const cases[]
+        = {{open_main, 9000}, {open_statistics, 7000}, {open_video, 1000}, {open_options, 12000}};
     for (const auto& c : cases) {
         const auto rounds = [&](int count) {
             for (int round = 0; round < count; ++round)
