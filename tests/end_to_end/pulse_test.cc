@@ -41,9 +41,7 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
     synthetic.mic = "tone:1000";
     QD_Client_Under_Test::Set_Up listening;
     listening.speaker = "pulse:speaker";
-    listening.options_file = std::string(280, '\0');
-    listening.options_file[3] = 3;
-    listening.options_file[267] = static_cast<char>(200); // speaker volume
+    listening.mic = "pulse:microphone";
 
     QD_Client_Under_Test anna(2, recording);
     QD_Client_Under_Test bernt(3, synthetic);
@@ -56,14 +54,20 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
     QD_Process playing(player);
     EXPECT_TRUE(both_are_heard(server));
 
-    // The volume of the options file is set when the cut-off scale is moved: 200 of 255.
+    // Both dials of the options dialog, turned up by the keyboard: the microphone's
+    // ends at 191, and the device takes that for an attenuation.
     QD_Person person(chiara);
     ASSERT_TRUE(person.look_at("Quendal"));
-    person.click(120, 303);
-    EXPECT_TRUE(qd_wait_for([&] {
-        const std::string volume = std::to_string((200 * 65536 + 127) / 255) + " / ";
-        return qd_output("pactl list sink-inputs").find(volume) != std::string::npos;
-    }));
+    person.press("ctrl+o");
+    ASSERT_TRUE(person.look_at("Options"));
+    person.focus();
+    QD_Person::type({"Right", "Tab", "End", "Tab", "End", "Return"});
+    const auto has_volume = [](const char* streams, int of_255) {
+        const std::string volume = " " + std::to_string((of_255 * 65536 + 127) / 255) + " / ";
+        return qd_wait_for([&] { return qd_output(streams).find(volume) != std::string::npos; });
+    };
+    EXPECT_TRUE(has_volume("pactl list sink-inputs", 255));
+    EXPECT_TRUE(has_volume("pactl list source-outputs", 255 - 191));
 
     server.crash();
     for (QD_Client_Under_Test* client : {&anna, &bernt, &chiara})
