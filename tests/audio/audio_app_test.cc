@@ -190,18 +190,13 @@ TEST_F(AudioAppTest, WhatIsSentFollowsTheConnectionTheCutOffAndTheTalkSwitch)
     EXPECT_NEAR(form_.mic_level, 16384, 700);
 
     // Half of the full scale is a level of 49: at a cut-off of 60 nothing goes
-    // out, yet the own frames are counted; with Talk off they are not.
+    // out, yet the own frames are counted.
     session_->get_options()->mic_cutoff = 60;
     app.update_options(session_->get_options());
     while (!peer.receive(250).empty()) {}
     const int before = received(1);
     EXPECT_TRUE(qd_wait_for([&] { return received(1) > before + 1; }));
     EXPECT_EQ(peer.receive(0), "");
-    app.stop();
-    EXPECT_EQ(peer.receive(250), "");
-    const int silent = received(1);
-    EXPECT_EQ(peer.receive(250), "");
-    EXPECT_EQ(received(1), silent);
     app.close();
 }
 

@@ -46,23 +46,16 @@ protected:
     std::ostringstream out_;
 };
 
-TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
+TEST_F(Demo, AVoiceThatIsThereStaysAndOnASmallScreenEightHaveTheirPlaces)
 {
     line_.count_ = 8;
     line_.screen_width_ = 4800;
     line_.screen_height_ = 800; // two rows, two columns: four find no room
     std::filesystem::create_directories(directory_ + "/voices");
-    qd_write_file(directory_ + "/voices/anna.wav", "a voice that is there stays");
+    qd_write_file(directory_ + "/voices/anna.wav", "kept");
     prepare();
+    EXPECT_EQ(qd_read_file(directory_ + "/voices/anna.wav"), "kept");
     ASSERT_EQ(members_.size(), 8U);
-    EXPECT_EQ(qd_read_file(directory_ + "/voices/anna.wav"), "a voice that is there stays");
-    EXPECT_THAT(members_[1].environment_,
-        IsSupersetOf({"QD_SPEAKER=file:" + directory_ + "/bernt/speaker",
-            std::string("QD_CAMERA=testcard:45")}));
-    EXPECT_THAT(members_[1].options_, Contains("+0+380"));
-    EXPECT_THAT(members_[3].options_,
-        IsSupersetOf(
-            {"+2380+380", "*statWindow.geometry: +2640+380", "*videoX: 3240", "*videoY: 380"}));
     EXPECT_THAT(members_[7].options_, IsSupersetOf({"+2420+420", "*toggle.set: True"}));
 }
 

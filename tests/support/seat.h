@@ -12,12 +12,9 @@ public:
     void start(const std::vector<std::string>& command,
         const std::map<std::string, std::string>& environment)
     {
-        QD_Process::Set_Up set_up;
-        set_up.out = file("said");
-        set_up.errors = "&1";
-        set_up.in_pipe = true;
-        set_up.environment = environment;
-        process_.emplace(command, set_up);
+        process_.emplace(command,
+            QD_Process::Set_Up {
+                .out = file("said"), .errors = "&1", .environment = environment, .in_pipe = true});
     }
 
     /// Of its directory.

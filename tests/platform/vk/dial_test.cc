@@ -38,21 +38,6 @@ struct Dialled : VkTestWindow {
 
 }
 
-TEST(VkDial, IsTurnedByTheKeyboard)
-{
-    Dialled window;
-    struct {
-        const char* key;
-        int value;
-    } const cases[] = {{"Right", 101}, {"Up", 102}, {"Left", 101}, {"Down", 100}, {"Prior", 127},
-        {"Next", 100}, {"End", 270}, {"Right", 270}, {"Home", 0}, {"Left", 0}};
-    window.dial_->setValue(100);
-    for (const auto& c : cases) {
-        ASSERT_EQ(vk_app().server().press(c.key), 0);
-        EXPECT_TRUE(window.comes_to(c.value)) << c.key << " " << window.dial_->value();
-    }
-}
-
 TEST(VkDial, FollowsThePointerButNotOverItsGap)
 {
     Dialled window;

@@ -32,25 +32,6 @@ TEST(VkSimpleWindow, GeometryIsTheUsersForTheFirstAndForNamedWindows)
     first->hide();
 }
 
-TEST(VkSimpleWindow, TitleComesFromResourcesAndMayBeAnyText)
-{
-    static constexpr VkResource DEFAULTS[] = {{".title", "Caf\xc3\xa9 \xe4\xbc\x9a"}};
-    VkTestWindow window("titled", DEFAULTS);
-    EXPECT_EQ(VkTestWindow("other").title(), "other");
-    window.show();
-    qd_pump();
-    const auto shown = [&](const std::string& name) {
-        return qd_output("LC_ALL=C.UTF-8 xprop -notype -id "
-            + std::to_string(XtWindow(window.baseWidget())) + " " + name);
-    };
-    EXPECT_EQ(window.title(), DEFAULTS[0].value);
-    EXPECT_NE(shown("_NET_WM_NAME").find(DEFAULTS[0].value), std::string::npos);
-    window.setTitle("plain");
-    qd_pump();
-    EXPECT_EQ(window.title(), "plain");
-    EXPECT_EQ(shown("_NET_WM_NAME WM_NAME"), "_NET_WM_NAME = \"plain\"\nWM_NAME = \"plain\"\n");
-}
-
 TEST(VkConfigureWM, NamesWhatTheUserMayDoAndFixesTheSizeOtherwise)
 {
     VkTestWindow window("fixed");
