@@ -38,7 +38,7 @@ struct Dialled : VkTestWindow {
 
 }
 
-TEST(VkDial, FollowsThePointerButNotOverItsGap)
+TEST(VkDial, FollowsThePointerButNotOverItsGapAndIsTurnedByKeys)
 {
     Dialled window;
     constexpr int MIDDLE = SIZE / 2;
@@ -58,6 +58,12 @@ TEST(VkDial, FollowsThePointerButNotOverItsGap)
     EXPECT_TRUE(window.comes_to(270)) << "no leap to the other end";
     window.mouse(MIDDLE, MIDDLE, {"click", "5"});
     EXPECT_TRUE(window.comes_to(260)) << "the wheel";
+    for (const auto& [key, value] :
+        {std::pair("Right", 261), {"Down", 260}, {"Left", 259}, {"Up", 260}, {"Prior", 270},
+            {"Next", 243}, {"End", 270}, {"Right", 270}, {"Home", 0}, {"Left", 0}, {"Prior", 27}}) {
+        ASSERT_EQ(vk_app().server().press(key), 0);
+        EXPECT_TRUE(window.comes_to(value)) << key << " " << window.dial_->value();
+    }
 
     window.dial_->setValue(132);
     window.dial_->setRange(5, 5); // nonsense
