@@ -1,3 +1,4 @@
+#include "audio/audio_capture.h"
 #include "audio/audio_play.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/wait.h"
@@ -27,5 +28,10 @@ TEST(AudioPlay, PlaysThroughAQueueThatKeepsTheNewestTwoFrames)
     EXPECT_EQ(QD_AudioPlay::get_volume(), 12) << "the truncated mean";
     QD_AudioPlay::set_volume(9);
     EXPECT_EQ(QD_AudioPlay::get_volume(), 9);
+    const long input[] = {AL_LEFT_INPUT_ATTEN, 255, AL_RIGHT_INPUT_ATTEN, 0};
+    ALsetparams(AL_DEFAULT_DEVICE, input, 4);
+    EXPECT_EQ(QD_AudioCapture::get_gain(), 127) << "likewise";
+    QD_AudioCapture::set_gain(9);
+    EXPECT_EQ(QD_AudioCapture::get_gain(), 9);
     qd_al_shutdown();
 }

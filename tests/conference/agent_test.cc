@@ -16,13 +16,10 @@ namespace {
 /// Three in one conference.
 class Agent : public testing::Test {
 protected:
-    void gather(const std::string& url)
+    void gather(const QD_Test_Broker& broker)
     {
         for (const char* name : {"anna", "bo", "cleo"})
-            crowd_.join(url, name);
-        ASSERT_TRUE(crowd_.run_until([&] { return all_know(3); }));
-        for (auto& member : crowd_.members_)
-            member->told_.clear();
+            crowd_.join("mqtt://" + broker.place() + "/standup", name);
     }
 
     bool all_know(size_t count) const
@@ -39,7 +36,9 @@ protected:
 TEST_F(Agent, ADeathIsToldWithinASecondAndALeaveAtOnce)
 {
     const QD_Test_Broker broker;
-    gather("mqtt://" + broker.place() + "/standup");
+    gather(broker);
+    ASSERT_TRUE(crowd_.run_until([&] { return all_know(3); }));
+    crowd_.members_[0]->told_.clear();
     crowd_.members_[2].reset(); // its connection breaks, as when a process is killed
     EXPECT_TRUE(crowd_.run_until([&] { return all_know(2); }, qd_promised(1s)));
     crowd_.members_[1]->agent_.leave();
@@ -57,8 +56,7 @@ TEST_F(Agent, NobodyIsLostByABrokerThatGoesAndReturns)
 {
     QD_Test_Broker brokers[3];
     for (const QD_Test_Broker& broker : brokers)
-        for (const char* name : {"anna", "bo", "cleo"})
-            crowd_.join("mqtt://" + broker.place() + "/standup", name);
+        gather(broker);
     ASSERT_TRUE(crowd_.run_until([&] { return all_know(3); }));
     const auto all_said = [&](const char* text) {
         return std::all_of(crowd_.members_.begin(), crowd_.members_.end(), [&](const auto& m) {
@@ -114,11 +112,9 @@ protected:
 
     void run(const std::string& command) const
     {
-        QD_Process::Set_Up set_up;
-        set_up.directory = dir_.path();
-        set_up.out = dir_ / "openssl";
-        set_up.errors = "&1";
-        ASSERT_EQ(qd_run({"sh", "-c", command}, set_up), 0) << qd_read_file(dir_ / "openssl");
+        const std::string said
+            = qd_output("cd " + dir_.path() + " && { " + command + "; } 2>&1 && echo done");
+        ASSERT_TRUE(said.ends_with("done\n")) << said;
     }
 
     QD_Broker_Url url(const std::string& scheme, const std::string& user,
@@ -135,19 +131,13 @@ protected:
     std::string publish(
         const std::string& user, const std::string& topic, const std::string& file) const
     {
-        QD_Process::Set_Up set_up;
-        set_up.out = dir_ / ("published-" + std::to_string(publications_++));
-        set_up.errors = "&1";
-        qd_run({"mosquitto_pub", "-V", "5", "-q", "1", "-r", "--cafile", dir_ / "ca.crt", "-p",
-                   broker_->port(), "-h", "127.0.0.1", "-u", user, "-P", "pw-" + user, "-t",
-                   "quendal/1/standup/m/" + topic, "-f", dir_ / file},
-            set_up);
-        return qd_read_file(set_up.out);
+        return qd_output("mosquitto_pub -V 5 -q 1 -r --cafile " + (dir_ / "ca.crt") + " -p "
+            + broker_->port() + " -h 127.0.0.1 -u " + user + " -P pw-" + user
+            + " -t quendal/1/standup/m/" + topic + " -f " + (dir_ / file) + " 2>&1");
     }
 
     const QD_Temp_Dir dir_;
     std::optional<QD_Test_Broker> broker_;
-    mutable int publications_ = 0;
 };
 
 TEST_F(Guarded_Broker, SaysInOneLineWhyItCannotBeUsed)

@@ -20,17 +20,6 @@ TEST(CommandLine, ReadsWhatWasAsked)
     EXPECT_EQ(run.directory_, "x y");
     EXPECT_THAT(run.members_, ElementsAre("anna", "bo@127.0.0.9"));
     EXPECT_THAT(run.options_, ElementsAre("-xrm", "*a: b", "--members"));
-
-    QD_Command_Line demo;
-    EXPECT_EQ(
-        qd_parse_command_line(
-            Arguments {"demo", "--members", "8", "--seconds", "0", "--screen", "800x600"}, demo),
-        "");
-    EXPECT_EQ(demo.mode_, QD_Command_Line::DEMO);
-    EXPECT_EQ(demo.count_, 8);
-    EXPECT_EQ(demo.seconds_, 0);
-    EXPECT_EQ(demo.screen_width_, 800);
-    EXPECT_EQ(demo.screen_height_, 600);
 }
 
 TEST(CommandLine, SaysWhatIsWrong)

@@ -46,26 +46,16 @@ protected:
     std::ostringstream out_;
 };
 
-TEST_F(Demo, GivesEachMemberItsVoiceRecorderAndPlace)
+TEST_F(Demo, AVoiceThatIsThereStaysAndOnASmallScreenEightHaveTheirPlaces)
 {
     line_.count_ = 8;
     line_.screen_width_ = 4800;
     line_.screen_height_ = 800; // two rows, two columns: four find no room
-    const std::string voice = directory_ + "/voices/anna.wav";
     std::filesystem::create_directories(directory_ + "/voices");
-    ASSERT_EQ(qd_write_wav(voice, QD_Voice(100, 7)), 0);
+    qd_write_file(directory_ + "/voices/anna.wav", "kept");
     prepare();
+    EXPECT_EQ(qd_read_file(directory_ + "/voices/anna.wav"), "kept");
     ASSERT_EQ(members_.size(), 8U);
-    QD_Voice kept;
-    ASSERT_EQ(qd_read_wav(voice, kept), 0);
-    EXPECT_EQ(kept, QD_Voice(100, 7)); // a voice that is there stays
-    EXPECT_THAT(members_[1].environment_,
-        IsSupersetOf({"QD_SPEAKER=file:" + directory_ + "/bernt/speaker",
-            std::string("QD_CAMERA=testcard:45")}));
-    EXPECT_THAT(members_[1].options_, Contains("+0+380"));
-    EXPECT_THAT(members_[3].options_,
-        IsSupersetOf(
-            {"+2380+380", "*statWindow.geometry: +2640+380", "*videoX: 3240", "*videoY: 380"}));
     EXPECT_THAT(members_[7].options_, IsSupersetOf({"+2420+420", "*toggle.set: True"}));
 }
 
@@ -84,8 +74,9 @@ TEST_F(Demo, TheTableTellsWhatEachSentAndHeard)
 {
     prepare();
     qd_write_file(directory_ + "/anna/log.txt",
-        "QD_AudioApp: sent 21 packets\n"
-        "QD_Session_Control: audio bernt@127.0.0.3, id=2: received 19, lost 1, late 3\n"
+        "Hidding stat window\nQD_AudioApp: sent 21 packets\n"
+        "QD_Session_Control: audio a, id=7: b, id=2: received 19, lost 1, late 3\n"
+        "QD_Session_Control: audio cut, id=2: received 149, lo\n"
         "QD_VideoApp: sent 75 packets\n"
         "QD_Session_Control: video bernt@127.0.0.3, id=2: received 70, lost 4, late 0, shown 69\n");
     record("anna", "bernt", 5000);

@@ -17,8 +17,7 @@ protected:
 
     void arrives(const QD_Bytes& bytes)
     {
-        ASSERT_EQ(
-            ::write(client_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ASSERT_GT(::write(client_.get(), bytes.data(), bytes.size()), 0);
         ASSERT_EQ(link_->read(), 1);
     }
 
@@ -29,15 +28,7 @@ protected:
 
 TEST_F(EventLink, TakesWholeEventsOnlyHoweverTheyArrive)
 {
-    const QD_Bytes twelve {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     const QD_Bytes events {0, 0, 0, 30, 0, 0, 0, 2, 'h', 'i', 0xff, 0, 0, 0, 0, 0, 0, 0};
-    QD_Bytes registration(12);
-    arrives({twelve.begin(), twelve.end() - 1});
-    EXPECT_EQ(link_->take(registration), 0);
-    arrives({12});
-    EXPECT_EQ(link_->take(registration), 1);
-    EXPECT_EQ(registration, twelve);
-
     for (size_t i = 0; i < 9; ++i) {
         arrives({events[i]});
         EXPECT_EQ(link_->take_event(event_), 0) << i;
@@ -52,7 +43,7 @@ TEST_F(EventLink, TakesWholeEventsOnlyHoweverTheyArrive)
     EXPECT_EQ(link_->take_event(event_), 0);
 }
 
-TEST_F(EventLink, TakesTheLongestEventAndRefusesALongerOne)
+TEST_F(EventLink, HoldsNoMoreThanTheLongestEvent)
 {
     QD_Bytes longest {0, 0, 0, 1, 0, 1, 0, 0};
     longest.resize(8 + 65536, 7);
@@ -60,25 +51,14 @@ TEST_F(EventLink, TakesTheLongestEventAndRefusesALongerOne)
     ASSERT_EQ(link_->take_event(event_), 1);
     EXPECT_EQ(event_.payload.size(), 65536U);
     EXPECT_EQ(event_.payload.back(), 7);
-
     arrives({0, 0, 0, 1, 0, 1, 0, 1});
     EXPECT_EQ(link_->take_event(event_), -1);
-    arrives({});
-}
 
-TEST_F(EventLink, ReadTellsTheEndAndHoldsNoMoreThanOneEvent)
-{
-    ASSERT_EQ(link_->read(), 1); // nothing there
-    QD_Bytes flood(200000, 1);   // read without being taken
-    ASSERT_GT(::write(client_.get(), flood.data(), flood.size()), 65544);
-    ASSERT_EQ(link_->read(), 1);
+    arrives(QD_Bytes(200000, 1)); // and nobody takes it
     EXPECT_EQ(link_->read(), -1);
-
     SetUp();
     client_.reset();
-    EXPECT_EQ(link_->read(), 0);
-    EXPECT_EQ(link_->send(1, {}), 0);
-    EXPECT_EQ(link_->flush(), -1);
+    EXPECT_EQ(link_->read(), 0) << "the end";
 }
 
 TEST_F(EventLink, QueuesForAClientThatDoesNotReadUpToABound)

@@ -35,24 +35,15 @@ int connect_to(int port)
 
 void write_all(int fd, const Bytes& bytes)
 {
-    for (size_t at = 0; at < bytes.size();) {
-        const ssize_t sent = ::send(fd, &bytes[at], bytes.size() - at, MSG_NOSIGNAL);
-        if (sent < 0)
-            exit(4);
-        at += static_cast<size_t>(sent);
-    }
+    if (::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
+        exit(4);
 }
 
 /// False at the end of the stream.
 bool read_all(int fd, Bytes& bytes)
 {
-    for (size_t at = 0; at < bytes.size();) {
-        const ssize_t got = ::read(fd, &bytes[at], bytes.size() - at);
-        if (got <= 0)
-            return false;
-        at += static_cast<size_t>(got);
-    }
-    return true;
+    return ::recv(fd, bytes.data(), bytes.size(), MSG_WAITALL)
+        == static_cast<ssize_t>(bytes.size());
 }
 
 [[noreturn]] void sleep_for_ever()
@@ -85,12 +76,9 @@ void enroll(int fd, const std::string& rule, char** arguments)
         numbers[11] ^= 1;
     if (rule == "half-a-registration")
         numbers.resize(11);
-    if (rule == "single-bytes") {
-        for (uint8_t byte : numbers)
-            write_all(fd, {byte});
-    } else {
-        write_all(fd, numbers);
-    }
+    const size_t step = rule == "single-bytes" ? 1 : numbers.size();
+    for (size_t at = 0; at < numbers.size(); at += step)
+        write_all(fd, Bytes(&numbers[at], &numbers[at] + step));
 }
 
 void keep(FILE* file, const Bytes& payload)

@@ -1,6 +1,7 @@
 // Conferences of several hosts, each with an address of its own and the usual ports.
 #include "tests/support/broker.h"
 #include "tests/support/network.h"
+#include "tests/support/seat.h"
 #include "tests/support/signal_math.h"
 #include "tests/support/wav.h"
 #include "tests/support/x_server.h"
@@ -27,50 +28,33 @@ int tone_of(int host)
 /// How many windows on the screen are called so.
 int windows_named(const std::string& title)
 {
-    const QD_Temp_Dir dir;
-    QD_Process::Set_Up set_up;
-    set_up.out = dir / "found";
-    qd_run({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"}, set_up);
-    const std::string found = qd_read_file(dir / "found");
-    return static_cast<int>(std::count(found.begin(), found.end(), '\n'));
+    return atoi(qd_output("xdotool search --onlyvisible --name '^" + title + "$' | wc -l").c_str());
 }
 
 /// One host's companion, started with the broker's URL and nothing else.
-class Seat {
+class Seat : public QD_Seat {
 public:
     Seat(const QD_Test_Network& network, int host, const std::string& name,
         const std::string& client) :
-        label_(name + "@" + QD_Test_Network::address(host)),
+        QD_Seat(QD_Test_Network::address(host)),
+        label_(name + "@" + address()),
         host_(host)
     {
-        QD_Process::Set_Up set_up;
-        set_up.out = dir_ / "said";
-        set_up.errors = "&1";
-        set_up.in_pipe = true;
-        set_up.environment
-            = {{"HOME", dir_.path()}, {"QD_MIC", "tone:" + std::to_string(tone_of(host))},
-                {"QD_SPEAKER", "file:" + dir_.path()}, {"QD_CAMERA", "testcard"}};
-        process_.emplace(
-            network.at(host,
-                {QD_BUILD_DIR "/quendal-conference", "join", "standup", "--name", name, "--broker",
-                    "mqtt://" + QD_Test_Network::address(BROKER_HOST), "--dir", dir_.path(),
-                    "--client", client, "--", "-xrm", "*toggle.set: True"}),
-            set_up);
+        start(network.at(host,
+                  {QD_BUILD_DIR "/quendal-conference", "join", "standup", "--name", name,
+                      "--broker", "mqtt://" + QD_Test_Network::address(BROKER_HOST), "--dir",
+                      file(""), "--client", client, "--", "-xrm", "*toggle.set: True"}),
+            {{"HOME", file("")}, {"QD_MIC", "tone:" + std::to_string(tone_of(host))},
+                {"QD_SPEAKER", "file:" + file("")}, {"QD_CAMERA", "testcard"}});
     }
 
     const std::string& label() const { return label_; }
-    std::string said() const { return qd_read_file(dir_ / "said"); }
-
-    bool hears(const std::string& text, std::chrono::seconds bound = std::chrono::seconds(30)) const
-    {
-        return qd_wait_for([&] { return said().find(text) != std::string::npos; }, bound);
-    }
 
     /// The members as this one lists them: by label, the id.
-    std::map<std::string, uint32_t> list() const
+    std::map<std::string, uint32_t> list()
     {
         const size_t before = said().size();
-        process_->tell("list\n");
+        process().tell("list\n");
         qd_wait_for([&] { return said().find(" member", before) != std::string::npos; });
         std::map<std::string, uint32_t> members;
         std::istringstream lines(said().substr(before));
@@ -81,28 +65,20 @@ public:
         return members;
     }
 
-    std::optional<int> end()
-    {
-        process_->tell("end\n");
-        return process_->wait(std::chrono::seconds(20));
-    }
-
     /// Whether the tones of all hosts have been played here, but not its own.
     bool heard_all_others() const
     {
-        const auto mix = qd_read_wav(dir_ / "mix.wav");
+        const auto mix = qd_read_wav(file("mix.wav"));
         bool right = true;
         for (int host = 1; host <= HOSTS; ++host)
             right = right && (qd_amplitude(mix, tone_of(host)) > 400) == (host != host_);
         return right;
     }
-    std::string log() const { return qd_read_file(dir_ / "log.txt"); }
+    std::string log() const { return qd_read_file(file("log.txt")); }
 
 private:
-    const QD_Temp_Dir dir_;
     const std::string label_;
     const int host_;
-    std::optional<QD_Process> process_;
 };
 
 class AcrossMachines : public testing::Test {
@@ -132,7 +108,7 @@ protected:
     {
         for (const auto& seat : seats_)
             for (const auto& other : seats_)
-                ASSERT_TRUE(seat->hears(other->label() + " has joined\n"))
+                ASSERT_TRUE(seat->says(other->label() + " has joined\n"))
                     << seat->said() << seat->log();
     }
 
@@ -170,7 +146,7 @@ TEST_F(AcrossMachines, EverybodyHearsAndSeesEverybodyWhoeverComesAndGoes)
 
     EXPECT_EQ(late.end(), 0) << late.said();
     for (size_t i = 0; i < 3; ++i) {
-        EXPECT_TRUE(seats_[i]->hears("dmitri@10.77.0.4 has left\n"));
+        EXPECT_TRUE(seats_[i]->says("dmitri@10.77.0.4 has left\n"));
         EXPECT_EQ(seats_[i]->list(), three);
     }
     EXPECT_TRUE(windows(late.label(), 0));
@@ -199,14 +175,14 @@ TEST_F(AcrossMachines, AHostThatIsCutOffIsGoneWithinTenSecondsAndComesBackAsItse
     ASSERT_TRUE(network_.cut(3));
     const auto cut = std::chrono::steady_clock::now();
     for (size_t i = 0; i < 2; ++i)
-        EXPECT_TRUE(seats_[i]->hears("chiara@10.77.0.3 is gone"));
+        EXPECT_TRUE(seats_[i]->says("chiara@10.77.0.3 is gone"));
     EXPECT_LT(std::chrono::steady_clock::now() - cut, std::chrono::seconds(10));
     EXPECT_EQ(seats_[1]->list().size(), 2u);
-    EXPECT_TRUE(seats_[2]->hears("the broker 10.77.0.254:1883 is lost"));
+    EXPECT_TRUE(seats_[2]->says("the broker 10.77.0.254:1883 is lost"));
     EXPECT_EQ(seats_[2]->list(), before) << "who is cut off keeps the others";
 
     ASSERT_TRUE(network_.heal(3));
-    EXPECT_TRUE(seats_[2]->hears("the broker 10.77.0.254:1883 is back"));
+    EXPECT_TRUE(seats_[2]->says("the broker 10.77.0.254:1883 is back"));
     for (const auto& seat : seats_)
         EXPECT_TRUE(qd_wait_for([&] { return seat->list() == before; })) << seat->said();
     EXPECT_THAT(seats_[2]->said(), Not(HasSubstr("is gone")));

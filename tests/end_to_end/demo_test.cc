@@ -16,13 +16,10 @@ TEST(Demo, EverybodyIsHeardAndSeenByEverybody)
     const std::string shots = "for name in anna bernt chiara; do for window in $(xdotool search"
                               " --onlyvisible --name ^$name@); do import -window $window -depth 8 "
         + dir.path() + "/$name-$window.ppm; done; done";
-    QD_Process::Set_Up set_up;
-    set_up.out = dir.file("table");
-    set_up.errors = "&1";
     const int status
         = qd_run({QD_BUILD_DIR "/quendal-conference", "demo", "--seconds", "8", "--dir",
                      dir.file("demo"), "--screen", "1430x1140", "--before-end", shots},
-            set_up);
+            {.out = dir / "table", .errors = "&1"});
     const std::string table = qd_read_file(dir.file("table"));
     EXPECT_EQ(status, 0) << table;
 

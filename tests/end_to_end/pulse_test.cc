@@ -35,17 +35,9 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
     qd_write_wav(tone, qd_sine(440, 8000 * 120));
     const std::vector<std::string> player {"paplay", "--device=micfeed", tone};
 
-    QD_Client_Under_Test::Set_Up recording;
-    recording.mic = "pulse:microphone";
-    QD_Client_Under_Test::Set_Up synthetic;
-    synthetic.mic = "tone:1000";
-    QD_Client_Under_Test::Set_Up listening;
-    listening.speaker = "pulse:speaker";
-    listening.mic = "pulse:microphone";
-
-    QD_Client_Under_Test anna(2, recording);
-    QD_Client_Under_Test bernt(3, synthetic);
-    QD_Client_Under_Test chiara(4, listening);
+    QD_Client_Under_Test anna(2, {.mic = "pulse:microphone"});
+    QD_Client_Under_Test bernt(3, {.mic = "tone:1000"});
+    QD_Client_Under_Test chiara(4, {.mic = "pulse:microphone", .speaker = "pulse:speaker"});
     for (QD_Client_Under_Test* client : {&chiara, &anna, &bernt}) {
         ASSERT_TRUE(client->registered());
         for (int id = 2; id <= 4; ++id)

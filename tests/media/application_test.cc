@@ -29,12 +29,8 @@ public:
         return 0;
     }
 
-    std::vector<Message> wait_for(size_t count)
+    std::vector<Message> messages()
     {
-        qd_wait_for([&] {
-            QD_Lock hold(mutex_);
-            return messages_.size() >= count;
-        });
         QD_Lock hold(mutex_);
         return messages_;
     }
@@ -73,7 +69,6 @@ TEST_F(ApplicationTest, EveryOtherMemberGetsTheSamePacket)
     join(-9, qd_test_host(3));
     EXPECT_EQ(app.send_data(128 + 14, "hello", 5), 0);
     const std::string got = anna.receive();
-    ASSERT_EQ(got.size(), 17u);
     EXPECT_EQ(got.substr(0, 4), std::string("\x80\x0e\x00\x01", 4));
     EXPECT_EQ(got.substr(8), std::string("\x00\x00\x00\x07hello", 9));
     EXPECT_EQ(bernt.receive(), got);
@@ -81,6 +76,8 @@ TEST_F(ApplicationTest, EveryOtherMemberGetsTheSamePacket)
     EXPECT_EQ(anna.receive().substr(2, 2), std::string("\x00\x02", 2));
     EXPECT_EQ(app.get_sent(), 3);
 
+    Recorder second;
+    EXPECT_EQ(second.init(), -1) << "the port is taken";
     app.close();
     EXPECT_EQ(app.send_data(14, "late", 4), -1);
 }
@@ -111,8 +108,9 @@ TEST_F(ApplicationTest, TakesDatagramsOfAnyLengthAndGoesOn)
              header.substr(0, 11), header, header + std::string(64988, 'z')})
         ASSERT_TRUE(peer.send(datagram, to));
 
-    const std::vector<Message> got = app.wait_for(4);
-    ASSERT_EQ(got.size(), 4u) << "empty datagrams are never received, the others all are";
+    ASSERT_TRUE(qd_wait_for([&] { return app.messages().size() == 4; }))
+        << "empty datagrams are never received, the others all are";
+    const std::vector<Message> got = app.messages();
     EXPECT_EQ(got[0].len, -11);
     EXPECT_EQ(got[1].len, -1);
     EXPECT_EQ(got[2].len, 0);
@@ -132,14 +130,6 @@ TEST_F(ApplicationTest, ThePacketNumberWrapsOnTheWireOnly)
     app.fill_rtp_header(&header, 200);
     EXPECT_EQ(header, (rtp_fix_header {2, 0, 0, 0, 0, 72, 0, header.ts, 0}));
     EXPECT_EQ(app.get_sent(), 65537);
-}
-
-TEST_F(ApplicationTest, FailsToStartWhereThePortIsTaken)
-{
-    QD_Udp_Peer other(qd_test_host(1), PORT);
-    Recorder app;
-    EXPECT_EQ(app.init(), -1);
-    app.close();
 }
 
 TEST_F(ApplicationTest, SendingAndReceivingOutliveJoinsLeavesAndTheClose)

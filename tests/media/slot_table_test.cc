@@ -22,18 +22,3 @@ TEST(SlotTable, AHundredMembersHaveSlotsOfTheirOwnAndTheNextWaitsForAnIdleOne)
     EXPECT_EQ(table.use(5, 2000, &fresh), taken);
     EXPECT_FALSE(fresh);
 }
-
-TEST(SlotTable, SlotsOfThoseWhoLeftAreGivenBackOnce)
-{
-    QD_Slot_Table table;
-    bool fresh = false;
-    const int stays = table.use(3, 0, &fresh);
-    const int goes = table.use(4, 0, &fresh);
-    std::vector<int> left;
-    const QD_Roster roster {1, {{17, 3, 0}}};
-    for (int round = 0; round < 2; ++round)
-        table.sweep(roster, [&](int slot) { left.push_back(slot); });
-    EXPECT_EQ(left, std::vector {goes});
-    EXPECT_EQ(table.use(3, 0, &fresh), stays);
-    EXPECT_EQ(table.use(9, 0, &fresh), goes);
-}

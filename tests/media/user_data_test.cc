@@ -4,23 +4,17 @@
 
 namespace {
 
-rtp_fix_header packet(unsigned seq)
+// Figures after the packet that makes them, number 0 at 10 s on the clock.
+UserData made()
 {
-    rtp_fix_header header;
-    header.seq = static_cast<uint16_t>(seq);
-    return header;
-}
-
-// Figures after the packet that makes them, at 10 s on the clock.
-UserData made(unsigned seq = 0)
-{
-    const auto header = packet(seq);
+    const rtp_fix_header header {};
     return UserData(&header, 1600, 10000);
 }
 
 int count(UserData& figures, unsigned seq, unsigned now, int len = 1600)
 {
-    const auto header = packet(seq);
+    rtp_fix_header header;
+    header.seq = static_cast<uint16_t>(seq);
     return figures.frame(&header, len, now);
 }
 

@@ -45,12 +45,10 @@ public:
     /// Whether it runs, soon.
     bool start()
     {
-        QD_Process::Set_Up set_up;
-        set_up.errors = log();
         std::vector<std::string> command {"mosquitto", "-c", dir_ / "conf"};
         process_.reset();
         unlink(log().c_str());
-        process_.emplace(at_ ? at_(command) : command, set_up);
+        process_.emplace(at_ ? at_(command) : command, QD_Process::Set_Up {.errors = log()});
         return qd_wait_for(
             [&] { return qd_read_file(log()).find(" running") != std::string::npos; });
     }

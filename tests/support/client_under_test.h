@@ -28,15 +28,11 @@ public:
         std::vector<std::string> command = set_up.toolkit_options;
         command.insert(command.begin(), QD_BUILD_DIR "/quendal");
         command.insert(command.end(), {"11", "22", "33", framework_.port()});
-        QD_Process::Set_Up process;
-        process.out = file("log");
-        process.errors = "&1";
-        process.directory = dir_.path();
-        process.environment = {{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
-            {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}};
-        for (const auto& [name, value] : set_up.environment)
-            process.environment[name] = value;
-        child_.emplace(command, process);
+        auto environment = set_up.environment;
+        environment.insert({{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
+            {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}});
+        child_.emplace(
+            command, QD_Process::Set_Up {file("log"), "&1", dir_.path(), std::move(environment)});
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
 
@@ -128,15 +124,8 @@ public:
 private:
     std::string search(const std::string& title) const
     {
-        const std::string found = client_.file("window");
-        unlink(found.c_str());
-        QD_Process::Set_Up out;
-        out.out = found;
-        out.errors = "/dev/null";
-        qd_run({"xdotool", "search", "--onlyvisible", "--all", "--pid",
-                   std::to_string(client_.pid()), "--name", "^" + title},
-            out);
-        const std::string windows = qd_read_file(found);
+        const std::string windows = qd_output("xdotool search --onlyvisible --all --pid "
+            + std::to_string(client_.pid()) + " --name '^" + title + "'");
         return windows.substr(0, windows.find('\n'));
     }
 

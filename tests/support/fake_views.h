@@ -11,18 +11,21 @@
 #include <string>
 #include <vector>
 
+/// Takes the first equal text out.
+inline void qd_drop(std::vector<std::string>& from, const std::string& text)
+{
+    const auto at = std::find(from.begin(), from.end(), text);
+    if (at != from.end())
+        from.erase(at);
+}
+
 struct QD_Fake_Stat_View : QD_Stat_View {
     std::vector<std::string> users;
     std::vector<std::optional<UserData>> audio, video; // as they were set
     std::string selected;
 
     void addToUsersList(const char* text) override { users.emplace_back(text); }
-    void delFromUsersList(const char* text) override
-    {
-        const auto at = std::find(users.begin(), users.end(), text);
-        if (at != users.end())
-            users.erase(at);
-    }
+    void delFromUsersList(const char* text) override { qd_drop(users, text); }
     void setAudioData(const UserData* figures) override { audio.push_back(copy(figures)); }
     void setVideoData(const UserData* figures) override { video.push_back(copy(figures)); }
     const char* getSelectedPart() override { return selected.c_str(); }
@@ -45,12 +48,7 @@ struct QD_Fake_Main_View : QD_Main_View, QD_Stat_Window_View {
 
     void setStatus(const char* text) override { statuses.emplace_back(text); }
     void addUserToList(const char* text) override { users.emplace_back(text); }
-    void delUserFromList(const char* text) override
-    {
-        const auto at = std::find(users.begin(), users.end(), text);
-        if (at != users.end())
-            users.erase(at);
-    }
+    void delUserFromList(const char* text) override { qd_drop(users, text); }
     void activateButtons(char on) override { buttons.push_back(on); }
     void chatMessage(QD_Member* from, int kind, const char* text, int len) override
     {

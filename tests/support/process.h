@@ -20,11 +20,11 @@
 class QD_Process {
 public:
     struct Set_Up {
-        std::string out;       // file for standard output, "" for ours
-        std::string errors;    // file for standard error, "" for ours, "&1" for the same as `out`
-        std::string directory; // current directory, "" for ours
-        std::map<std::string, std::string> environment; // beside or instead of ours
-        bool in_pipe = false;                           // standard input is what tell() writes
+        std::string out {};       // file for standard output, "" for ours
+        std::string errors {};    // file for standard error, "" for ours, "&1" for that of `out`
+        std::string directory {}; // current directory, "" for ours
+        std::map<std::string, std::string> environment {}; // beside or instead of ours
+        bool in_pipe = false;                              // standard input is what tell() writes
     };
 
     explicit QD_Process(const std::vector<std::string>& command) : QD_Process(command, Set_Up()) {}

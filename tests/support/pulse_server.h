@@ -27,17 +27,14 @@ public:
     {
         const std::string sink = "-Lmodule-null-sink format=s16le rate=8000 channels=1"
                                  " norewinds=1 sink_name=";
-        QD_Process::Set_Up set_up;
-        set_up.out = dir_.file("log");
-        set_up.errors = "&1";
-        set_up.environment["HOME"] = dir_.path();
         server_.emplace(
             std::vector<std::string> {"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
                 "--use-pid-file=no", "--realtime=no", "--high-priority=no", "--log-target=stderr",
                 "-Lmodule-native-protocol-unix auth-anonymous=1 socket=" + dir_.file("native"),
                 sink + "speaker", sink + "micfeed",
                 "-Lmodule-remap-source source_name=microphone master=micfeed.monitor"},
-            set_up);
+            QD_Process::Set_Up {
+                .out = dir_ / "log", .errors = "&1", .environment = {{"HOME", dir_.path()}}});
         return qd_wait_for([] {
             return qd_output("pactl set-default-source microphone"
                              " && pactl set-default-sink speaker && echo done")

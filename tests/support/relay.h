@@ -1,16 +1,12 @@
 // A member's address that is not the member: it passes on what comes, or most of it.
 #pragma once
 
-#include "platform/net/udp_socket.h"
+#include "tests/support/udp_peer.h"
 
 #include <atomic>
 #include <chrono>
 #include <mutex>
-#include <netinet/in.h>
-#include <poll.h>
 #include <random>
-#include <string>
-#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
@@ -34,14 +30,11 @@ inline QD_Passing qd_passing(const std::string& datagram)
 class QD_Relay {
 public:
     QD_Relay(uint32_t from, uint32_t to, int port, unsigned seed) :
-        fd_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)),
-        random_(seed)
+        peer_(from, port),
+        to_(to),
+        random_(seed),
+        thread_([this] { run(); })
     {
-        to_.sin_family = AF_INET;
-        to_.sin_port = htons(static_cast<uint16_t>(port));
-        to_.sin_addr.s_addr = to;
-        bound_ = qd_bind(fd_.get(), from, static_cast<uint16_t>(port)) == 0;
-        thread_ = std::thread([this] { run(); });
     }
     ~QD_Relay()
     {
@@ -49,12 +42,10 @@ public:
         thread_.join();
     }
 
-    bool bound() const { return bound_; }
+    bool bound() const { return peer_.bound(); }
 
     /// From now on so many in a hundred are dropped.
     void drop(int percent) { percent_ = percent; }
-
-    int passed() const { return passed_; }
     int dropped() const { return dropped_; }
 
     /// All that was passed on so far, in order.
@@ -67,34 +58,26 @@ public:
 private:
     void run()
     {
-        std::string datagram(65536, '\0');
         while (going_) {
-            pollfd waiting {fd_.get(), POLLIN, 0};
-            if (::poll(&waiting, 1, 10) <= 0)
-                continue;
-            const ssize_t n = ::recv(fd_.get(), datagram.data(), datagram.size(), 0);
-            if (n <= 0)
+            const std::string datagram = peer_.receive(10);
+            if (datagram.empty())
                 continue;
             if (static_cast<int>(random_() % 100) < percent_) {
                 ++dropped_;
                 continue;
             }
-            ++passed_;
-            if (n >= 12) {
+            if (datagram.size() >= 12) {
                 std::lock_guard hold(log_mutex_);
-                log_.push_back(qd_passing(datagram.substr(0, static_cast<size_t>(n))));
+                log_.push_back(qd_passing(datagram));
             }
-            ::sendto(fd_.get(), datagram.data(), static_cast<size_t>(n), 0,
-                reinterpret_cast<sockaddr*>(&to_), sizeof to_);
+            peer_.send(datagram, to_);
         }
     }
 
-    QD_Fd fd_;
-    sockaddr_in to_ {};
+    const QD_Udp_Peer peer_;
+    const uint32_t to_;
     std::mt19937 random_;
-    bool bound_ = false;
     std::atomic<int> percent_ = 0;
-    std::atomic<int> passed_ = 0;
     std::atomic<int> dropped_ = 0;
     mutable std::mutex log_mutex_;
     std::vector<QD_Passing> log_;

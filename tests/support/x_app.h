@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/vk/app.h"
+#include "tests/support/temp_dir.h"
 #include "tests/support/x_server.h"
 
 #include <X11/Xatom.h>
@@ -9,7 +10,6 @@
 #include <Xm/Xm.h>
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -33,9 +33,7 @@ public:
 private:
     explicit QD_Test_App(std::vector<std::string> words)
     {
-        char home[] = "/tmp/qd-test-XXXXXX";
-        home_ = ::mkdtemp(home);
-        ::setenv("HOME", home, 1);
+        ::setenv("HOME", home_.path().c_str(), 1);
         words.insert(words.begin(), "test");
         std::vector<char*> argv;
         for (std::string& word : words)
@@ -48,7 +46,6 @@ private:
             XCloseDisplay(resources); // not before: without clients the server forgets
         left_.assign(argv.data(), argv.data() + argc);
     }
-    ~QD_Test_App() { std::filesystem::remove_all(home_); }
 
     static const char* screen()
     {
@@ -70,7 +67,7 @@ private:
     }
 
     QD_X_Server server_ {screen()};
-    std::string home_;
+    const QD_Temp_Dir home_;
     std::vector<std::string> left_;
 };
 

@@ -32,34 +32,3 @@ TEST(VkApp, AnXErrorIsReportedAndSurvived)
     XSync(theApplication->display(), False);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("X error: BadWindow"), std::string::npos);
 }
-
-namespace {
-
-struct Asked : VkTestWindow {
-    Asked(const char* name, bool answer) : VkTestWindow(name), answer_(answer) {}
-    bool okToQuit() override
-    {
-        std::fprintf(stderr, "%s ", name());
-        return answer_;
-    }
-    bool answer_;
-};
-
-void quit_with_two_windows(bool newest_agrees)
-{
-    vk_app();
-    Asked older("older", true);
-    Asked newer("newer", newest_agrees);
-    theApplication->quitYourself();
-    std::fprintf(stderr, "stays");
-    theApplication->terminate(3);
-}
-
-}
-
-TEST(VkApp, QuittingAsksTheNewestWindowFirstAndStopsAtARefusal)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(quit_with_two_windows(true), testing::ExitedWithCode(0), "newer older $");
-    EXPECT_EXIT(quit_with_two_windows(false), testing::ExitedWithCode(3), "newer stays$");
-}

@@ -153,10 +153,8 @@ TEST(VkPictureDisplay, IsNeverLargerThanTheScreenAndOutlivesItsWidget)
 TEST(VkPictureDisplayDepths, HoldOnOtherScreens)
 {
     for (const char* screen : {"1024x768x16", "1024x768x8"}) {
-        QD_Process::Set_Up other;
-        other.environment["QD_TEST_SCREEN"] = screen;
         EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=VkPictureDisplay.*", "--gtest_brief=1"},
-                      other),
+                      {.environment = {{"QD_TEST_SCREEN", screen}}}),
             0)
             << screen;
     }

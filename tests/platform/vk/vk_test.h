@@ -14,9 +14,8 @@ inline QD_Test_App& vk_app()
     struct First : VkWindow {
         First() : VkWindow("First. And foremost") {}
     };
-    static QD_Test_App& app = QD_Test_App::get(
-        {"-geometry", "300x200+40+50", "42", "-xrm", "*second.geometry: 120x90+400+300", "-xrm",
-            "*chosen.labelString: the user's", "stays", "-xrm", "*readOnlyBackground: #f0f0f0"});
+    static QD_Test_App& app = QD_Test_App::get({"-geometry", "300x200+40+50", "42", "-xrm",
+        "*second.geometry: 120x90+400+300", "-xrm", "*readOnlyBackground: #f0f0f0", "stays"});
     [[maybe_unused]] static First* first = new First; // goes with the application
     return app;
 }

@@ -48,7 +48,6 @@ TEST(Camera, AWrongValueIsOneLineAndTheDefault)
         std::string line; // nothing is printed if empty
     } const cases[] = {
         {"v4l2:/dev/video0", ""},
-        {"testcard:240", ""},
         {"testcard:-30", ""},
         {"screen::7", ""},
         {"file:" + dir.file("clip"), ""},

@@ -136,7 +136,7 @@ TEST_F(Capture, AStalledCameraIsWaitedForOnceAndNoticedWhenItGoesOn)
     EXPECT_EQ(script_->opened, 1);
 }
 
-TEST_F(Capture, ACameraThatStaysSilentIsOpenedAnew)
+TEST_F(Capture, ACameraIsOpenedAnewWhenItStaysSilentAndLetGoWhenNobodyWatches)
 {
     script_->pictures = 1;
     start({20ms, 20ms, 50ms, 60000ms});
@@ -144,10 +144,8 @@ TEST_F(Capture, ACameraThatStaysSilentIsOpenedAnew)
         from_camera();
         return script_->opened >= 3;
     }));
-}
 
-TEST_F(Capture, ACameraThatNobodyWatchesIsLetGo)
-{
+    script_ = std::make_shared<Script>();
     start({20ms, 1000ms, 5000ms, 60ms});
     EXPECT_TRUE(from_camera());
     EXPECT_TRUE(qd_wait_for([&] { return script_->closed == 1; }));

