@@ -38,7 +38,8 @@ public:
     std::string chunk()
     {
         const size_t high = byte();
-        const size_t length = std::min(high << 8 | byte(), rest_.size());
+        const size_t low = byte();
+        const size_t length = std::min(high << 8 | low, rest_.size());
         const std::string taken(rest_.begin(), rest_.begin() + static_cast<ptrdiff_t>(length));
         rest_ = rest_.subspan(length);
         return taken;

@@ -64,9 +64,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             = "user/" + std::string(1, static_cast<char>('a' + input.byte() % 26));
         if (what <= LIVE)
             membership.take(owner, record_of(input, ++sequence), now);
-        else if (what == ANY)
-            membership.take(input.chunk(), input.chunk(), now);
-        else if (what == REMOVED)
+        else if (what == ANY) {
+            const std::string anybody = input.chunk();
+            membership.take(anybody, input.chunk(), now);
+        } else if (what == REMOVED)
             membership.take(owner, "", now);
         else if (what == OWN)
             membership.take("user/r", published, now);
