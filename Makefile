@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: build programs configured demo test sanitize bench lint install package screenshots packages clean
+.PHONY: build programs configured demo test sanitize fuzz bench lint install package screenshots packages clean
 
 packages:
 	@tools/install-packages.sh
@@ -29,6 +29,14 @@ test: build
 sanitize:
 	@$(MAKE) test BUILD=build/asan CMAKE_ARGS=-DQD_SANITIZE=address,undefined
 	@$(MAKE) test BUILD=build/tsan CMAKE_ARGS=-DQD_SANITIZE=thread
+
+# Looks for inputs that break what others can reach, each fuzzer for FUZZ_SECONDS.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@$(MAKE) --no-print-directory configured BUILD=build/fuzz \
+	    CMAKE_ARGS='-DCMAKE_CXX_COMPILER=clang++-14 -DQD_SANITIZE=fuzzer-no-link,address,undefined'
+	@MAKEFLAGS=--no-print-directory cmake --build build/fuzz -j $(JOBS) --target fuzzers
+	@tools/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # Figures, with the budgets beside them.
 BENCHES = bench_control_loop bench_display bench_membership bench_video

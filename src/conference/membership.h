@@ -147,7 +147,6 @@ private:
     bool admitted_ = false;
     bool ready_ = false;
     bool announced_ = false; // our client knows of itself, and so of the others
-    bool waiting_said_ = false;
     QD_Presence self_;
     std::string sent_;     // our newest record
     bool answered_ = true; // the broker has carried it

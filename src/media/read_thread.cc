@@ -25,20 +25,26 @@ rtp_fix_header header_of(const char* datagram, int length)
 int QD_AppReadThread::run()
 {
     const int sock = app_->get_data_sock();
-    while (running != 0) {
-        pollfd waiting {sock, POLLIN, 0};
-        if (::poll(&waiting, 1, WAIT_MS) <= 0)
-            continue;
-        // Fresh for each datagram and not filled beforehand: that would cost more than the read.
-        const auto buffer = std::make_unique_for_overwrite<char[]>(MAX_DATAGRAM);
-        const auto n = static_cast<int>(::recv(sock, buffer.get(), MAX_DATAGRAM, MSG_DONTWAIT));
-        if (n < 0 && (errno == EAGAIN || errno == EINTR))
-            continue; // the datagram announced had a wrong checksum
-        if (n < 1)
+    while (running != 0)
+        if (receive(sock) < 0)
             return -1;
-        rtp_fix_header header = header_of(buffer.get(), n);
-        char* payload = buffer.get() + rtp_fix_header::WIRE_SIZE;
-        app_->process_message(&header, payload, n - rtp_fix_header::WIRE_SIZE);
-    }
+    return 0;
+}
+
+int QD_AppReadThread::receive(int sock)
+{
+    pollfd waiting {sock, POLLIN, 0};
+    if (::poll(&waiting, 1, WAIT_MS) <= 0)
+        return 0;
+    // Fresh for each datagram and not filled beforehand: that would cost more than the read.
+    const auto buffer = std::make_unique_for_overwrite<char[]>(MAX_DATAGRAM);
+    const auto n = static_cast<int>(::recv(sock, buffer.get(), MAX_DATAGRAM, MSG_DONTWAIT));
+    if (n < 0 && (errno == EAGAIN || errno == EINTR))
+        return 0; // the datagram announced had a wrong checksum
+    if (n < 1)
+        return -1;
+    rtp_fix_header header = header_of(buffer.get(), n);
+    char* payload = buffer.get() + rtp_fix_header::WIRE_SIZE;
+    app_->process_message(&header, payload, n - rtp_fix_header::WIRE_SIZE);
     return 0;
 }

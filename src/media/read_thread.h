@@ -17,6 +17,10 @@ public:
     /// The application outlives the thread's run.
     explicit QD_AppReadThread(QD_Application* app) : SprocThread("receive"), app_(app) {}
 
+    /// Hands over one datagram if one comes within WAIT_MS. Returns 0, -1 if
+    /// receiving failed. The receive thread; without one, whoever wants a datagram handled.
+    int receive(int sock);
+
 protected:
     /// Returns 0 when stopped, -1 when receiving failed.
     int run() override;

@@ -25,12 +25,18 @@ def same(what, said, true):
 
 sources = "".join(p.read_text(encoding="utf-8") for p in (root / "src").rglob("*.cc"))
 targets = set(re.findall(r"^([a-z-]+):", read("Makefile"), re.M))
-for document in ["README.md", "docs/guide.md", "docs/operating.md"]:
+for document in ["README.md", "docs/guide.md", "docs/operating.md", "docs/security.md"]:
     text = read(document)
     for target in re.findall(r"(?<![\w-])make ([a-z-]+)(?=[`,.\s]*(?:`|#|\n|PREFIX|DESTDIR))", text):
         check(target in targets, f"{document}: there is no make {target}")
     for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text):
         check((root / document).parent.joinpath(link).exists(), f"{document}: no file {link}")
+
+tests = "".join(p.read_text(encoding="utf-8") for p in (root / "tests").rglob("*_test.cc"))
+there = {".".join(name) for name in re.findall(r"^TEST(?:_[FP])?\((\w+),\s*(\w+)\)", tests, re.M)}
+there |= {f"fuzz.{p.stem.removesuffix('_fuzz')}" for p in (root / "tests/fuzz").glob("*_fuzz.cc")}
+for test in re.findall(r"`(fuzz\.\w+|[A-Z]\w+\.[A-Z]\w+)`", read("docs/security.md")):
+    check(test in there, f"docs/security.md: there is no test {test}")
 
 pages = "".join(p.read_text(encoding="utf-8") for p in (root / "packaging/man").glob("*.1"))
 pages = pages.replace("\\", "")

@@ -1,0 +1,49 @@
+#include "conference/event_link.h"
+#include "framework/event.h"
+#include "framework/member_record.h"
+#include "tests/fuzz/fuzz.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+
+namespace {
+
+// What the companion tells of a member is what a client understands.
+void require_understood(const std::string& name)
+{
+    const QD_Bytes payload = qd_add_record(0x7f000002, 7, name.substr(0, QD_MAX_NAME));
+    const auto record = QD_Member_Record::decode(payload);
+    qd_require(record && record->host == htonl(0x7f000002) && record->id == 7
+        && record->name == name.substr(0, QD_MAX_NAME));
+}
+
+}
+
+// A client's stream in chunks: its registration, then events.
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    QD_Fuzz_Input input(data, size);
+    int ends[2];
+    qd_require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
+    QD_Event_Link link {QD_Fd(ends[0])};
+    const QD_Fd client(ends[1]);
+    bool registered = false;
+    while (!input.empty()) {
+        const std::string bytes = input.chunk();
+        require_understood(bytes);
+        ::send(client.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (link.read() != 1)
+            break;
+        uint8_t registration[12];
+        registered = registered || link.take(registration) == 1;
+        QD_Event_Link::Received event;
+        int taken = 0;
+        while (registered && (taken = link.take_event(event)) == 1) {
+            qd_require(event.payload.size() <= Event::MAX_LEN);
+            link.send(event.type, event.payload);
+        }
+        if (taken < 0)
+            break;
+    }
+    return 0;
+}
