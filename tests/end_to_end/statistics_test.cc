@@ -61,7 +61,7 @@ struct Expected {
             const double gap = ms(log[i].when - log[i - 1].when);
             late.low += gap > 300 + SLACK_MS && gap < 1000 - SLACK_MS;
             late.high += gap > 300 - SLACK_MS && gap < 1000 + SLACK_MS;
-            const bool surely = ms(until - log[i].when) < 5000 - 10; // the clock counts whole ones
+            const bool surely = ms(until - log[i].when) < 5000 - 10; // figures count whole ones
             const bool perhaps = ms(from - log[i].when) < 5000 + SLACK_MS;
             frames.low += i >= ring && surely;
             frames.high += i >= ring && perhaps;
