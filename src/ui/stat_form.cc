@@ -5,6 +5,7 @@
 #include "platform/vk/text.h"
 #include "signalling/session_control.h"
 
+#include <cmath>
 #include <cstdio>
 
 namespace {
@@ -53,7 +54,8 @@ void StatForm::setAudioData(const UserData* figures)
     set_figure(_audioTotalText, "%d", figures->frames_received + figures->frames_lost);
     set_figure(_audioLostText, "%d", figures->frames_lost);
     set_figure(_audioLateText, "%d", figures->frames_late);
-    set_figure(_audioLatencyText, "%3.0f ms", figures->getLatency());
+    const double latency = std::nearbyint(figures->getLatency()) + 0.0; // never -0
+    set_figure(_audioLatencyText, "%3.0f ms", latency);
     set_figure(_audioBwdText, "%4.0f kbps", figures->getKbps());
 }
 
