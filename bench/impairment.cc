@@ -42,9 +42,9 @@ constexpr Case CASES[] = {
     {"stall of 5 s", {}, &QD_Relay::stall},
 };
 
-// How long it lasts, and how long the network is good afterwards.
+constexpr seconds IMPAIRED {10};
 constexpr seconds FAILING {5};
-constexpr seconds GOOD {5};
+constexpr seconds GOOD {4}; // after either
 
 class Conference {
 public:
@@ -71,12 +71,12 @@ public:
         seeing_.forget();
         const Clock::time_point begin = Clock::now();
         const size_t first = hearing_.noted();
-        for (QD_Relay* relay : {&sound_, &pictures_}) {
-            relay->impair(the_case.impairment);
+        for (QD_Relay* relay : {&sound_, &pictures_})
             if (the_case.fail != nullptr)
                 (relay->*the_case.fail)(FAILING);
-        }
-        watch(FAILING);
+            else
+                relay->impair(the_case.impairment);
+        watch(the_case.fail != nullptr ? FAILING : IMPAIRED);
         const Clock::time_point end = Clock::now();
         const size_t last = hearing_.noted();
         for (QD_Relay* relay : {&sound_, &pictures_})
@@ -85,8 +85,9 @@ public:
 
         const QD_Hearing::Report heard = hearing_.report(first, last);
         const double delay = heard.delays_ms.empty() ? NEVER : heard.delays_ms.back();
-        printf("| %-16s | %5.1f %% | %5.0f ms | %4.0f ms | %10.1f | %9.2f s |\n", the_case.name,
-            heard.right * 100, heard.gap_ms, delay, seeing_.per_second(begin, end),
+        const QD_Seeing::Report seen = seeing_.report(begin, end);
+        printf("| %s | %.1f %% | %.0f ms | %.0f ms | %.1f | %.0f %% | %.1f s |\n", the_case.name,
+            heard.right * 100, heard.gap_ms, delay, seen.per_second, seen.whole * 100,
             seeing_.whole_after(end));
         fflush(stdout);
         return delay < MOST_DELAY_MS ? 0 : 1;
@@ -133,9 +134,9 @@ int main()
         fprintf(stderr, "no sound or no pictures\n");
         return 1;
     }
-    printf("5 s each; budget: 300 ms of delay from 1 s afterwards\n");
-    printf("| network          |   heard |  silence |   delay | pictures/s | whole after |\n");
-    printf("|------------------|---------|----------|---------|------------|-------------|\n");
+    printf("budget: 300 ms of delay from 1 s afterwards on\n"
+           "| network | heard | silence | delay | pictures/s | whole | all whole after |\n"
+           "|---|---|---|---|---|---|---|\n");
     int missed = 0;
     for (const Case& one : CASES)
         missed |= conference.run(one);
