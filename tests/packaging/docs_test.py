@@ -6,6 +6,8 @@ import re
 import subprocess
 import sys
 
+DOCUMENTS = ["guide", "operating", "performance", "security"]
+
 root = pathlib.Path(sys.argv[1])
 faults = []
 
@@ -25,7 +27,7 @@ def same(what, said, true):
 
 sources = "".join(p.read_text(encoding="utf-8") for p in (root / "src").rglob("*.cc"))
 targets = set(re.findall(r"^([a-z-]+):", read("Makefile"), re.M))
-for document in ["README.md", "docs/guide.md", "docs/operating.md", "docs/security.md"]:
+for document in ["README.md"] + [f"docs/{name}.md" for name in DOCUMENTS]:
     text = read(document)
     for target in re.findall(r"(?<![\w-])make ([a-z-]+)(?=[`,.\s]*(?:`|#|\n|PREFIX|DESTDIR))", text):
         check(target in targets, f"{document}: there is no make {target}")
