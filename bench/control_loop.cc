@@ -26,8 +26,8 @@ void measure_inputs()
     framework.accept();
     qd_pump();
     // Not one that opens anything.
-    QD_Finger finger(qd_find(mainWindow->baseWidget(), "acceptButton"));
-    const std::vector<double> milliseconds = finger.press_often(INPUTS, 60);
+    const std::vector<double> milliseconds
+        = QD_Finger(qd_find(mainWindow->baseWidget(), "acceptButton")).press_often(INPUTS, 60);
     printf("input to callback entered, %zu presses: median %.2f ms, 95th percentile %.2f ms"
            " (budget 2 ms)\n",
         milliseconds.size(), qd_percentile(milliseconds, 0.5), qd_percentile(milliseconds, 0.95));
