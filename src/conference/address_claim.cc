@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cstddef>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -14,13 +13,19 @@ constexpr uint16_t AUDIO_PORT = 12567;
 bool media_port_is_free(uint32_t address)
 {
     QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    sockaddr_in wanted {};
-    wanted.sin_family = AF_INET;
-    wanted.sin_port = htons(AUDIO_PORT);
-    wanted.sin_addr.s_addr = htonl(address);
-    return fd && ::bind(fd.get(), reinterpret_cast<sockaddr*>(&wanted), sizeof wanted) == 0;
+    const sockaddr_in wanted = qd_socket_address(address, AUDIO_PORT);
+    return fd && ::bind(fd.get(), reinterpret_cast<const sockaddr*>(&wanted), sizeof wanted) == 0;
 }
 
+}
+
+sockaddr_in qd_socket_address(uint32_t address, uint16_t port)
+{
+    sockaddr_in made {};
+    made.sin_family = AF_INET;
+    made.sin_addr.s_addr = htonl(address);
+    made.sin_port = htons(port);
+    return made;
 }
 
 std::string qd_address_text(uint32_t address)

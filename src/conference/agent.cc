@@ -1,5 +1,6 @@
 #include "conference/agent.h"
 
+#include "conference/address_claim.h"
 #include "platform/net/fd.h"
 
 #include <netinet/in.h>
@@ -22,23 +23,14 @@ std::string make_owner(const std::string& user)
     return owner;
 }
 
-sockaddr_in socket_address(uint32_t address, uint16_t port)
-{
-    sockaddr_in made {};
-    made.sin_family = AF_INET;
-    made.sin_addr.s_addr = htonl(address);
-    made.sin_port = htons(port);
-    return made;
-}
-
 }
 
 bool qd_is_reachable(uint32_t own, uint32_t address)
 {
     // Connecting a datagram socket sends nothing; it fails without a route and
     // for a broadcast address.
-    const sockaddr_in from = socket_address(own, 0);
-    const sockaddr_in to = socket_address(address, 9);
+    const sockaddr_in from = qd_socket_address(own, 0);
+    const sockaddr_in to = qd_socket_address(address, 9);
     QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     return fd && ::bind(fd.get(), reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0
         && ::connect(fd.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0;

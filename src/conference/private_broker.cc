@@ -21,22 +21,13 @@ namespace {
 constexpr uint16_t USUAL_PORT = 8883;
 constexpr std::chrono::seconds START_BOUND {5};
 
-sockaddr_in place(uint32_t address, uint16_t port)
-{
-    sockaddr_in made {};
-    made.sin_family = AF_INET;
-    made.sin_addr.s_addr = htonl(address);
-    made.sin_port = htons(port);
-    return made;
-}
-
 /// A port at which nobody listens: the wanted one, with 0 any; 0 if there is none.
 uint16_t free_port(uint32_t address, uint16_t wanted)
 {
     const QD_Fd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const int again = 1; // as the broker itself does
     ::setsockopt(fd.get(), SOL_SOCKET, SO_REUSEADDR, &again, sizeof again);
-    sockaddr_in here = place(address, wanted);
+    sockaddr_in here = qd_socket_address(address, wanted);
     socklen_t size = sizeof here;
     if (!fd || ::bind(fd.get(), reinterpret_cast<sockaddr*>(&here), size) < 0
         || ::getsockname(fd.get(), reinterpret_cast<sockaddr*>(&here), &size) < 0)
@@ -46,7 +37,7 @@ uint16_t free_port(uint32_t address, uint16_t wanted)
 
 bool answers(uint32_t address, uint16_t port)
 {
-    const sockaddr_in there = place(address, port);
+    const sockaddr_in there = qd_socket_address(address, port);
     const QD_Fd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     return fd && ::connect(fd.get(), reinterpret_cast<const sockaddr*>(&there), sizeof there) == 0;
 }
