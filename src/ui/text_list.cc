@@ -8,6 +8,9 @@
 void QD_Text_List::append(std::string_view text)
 {
     XmListAddItemUnselected(list_, VkString(text).get(), 0);
+    // The widget leaves the focus frame of an empty list standing, and does not know of it later.
+    if (lines_.empty() && XtIsRealized(list_))
+        XClearArea(XtDisplay(list_), XtWindow(list_), 0, 0, 0, 0, True);
     lines_.emplace_back(text);
 }
 
