@@ -29,8 +29,8 @@ protected:
     Widget _label = nullptr;
 
 private:
-    static void callCallback(Widget, XtPointer, XtPointer);
-    static void cancelCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc callCallback = VkForward<&FormUI::call>;
+    static constexpr XtCallbackProc cancelCallback = VkForward<&FormUI::cancel>;
 
     void createHost();
     void createButtons();
