@@ -35,7 +35,6 @@ public:
     /// Makes a descriptor end waits when it is readable. The caller looks after
     /// what is to be read: a descriptor left readable ends every wait.
     void add_wake(int fd);
-    void remove_wake(int fd);
 
     /// Waits up to `milliseconds` (0: not at all) for `extra` (-1: none), a wake
     /// descriptor or a handler. Returns 1 if `extra` is readable (or has failed
