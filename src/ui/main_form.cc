@@ -25,9 +25,8 @@ int32_t meter_value(int level)
 
 bool show_statistics(Widget form)
 {
-    static XtResource resource = {const_cast<String>("showStatistics"),
-        const_cast<String>("ShowStatistics"), const_cast<String>(XmRBoolean), sizeof(Boolean), 0,
-        const_cast<String>(XmRImmediate), nullptr};
+    static XtResource resource
+        = VkEntry("showStatistics", "ShowStatistics", XmRBoolean, sizeof(Boolean), 0, "False");
     Boolean show = False;
     XtGetApplicationResources(form, &show, &resource, 1, nullptr, 0);
     return show;

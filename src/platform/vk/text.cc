@@ -1,6 +1,7 @@
 #include "platform/vk/text.h"
 
 #include "platform/net/utf8.h"
+#include "platform/vk/resources.h"
 
 #include <Xm/TextF.h>
 
@@ -36,9 +37,8 @@ void VkSetText(Widget field, std::string_view text)
 
 void VkMakeReadOnly(Widget field)
 {
-    static XtResource resource = {const_cast<String>("readOnlyBackground"),
-        const_cast<String>("ReadOnlyBackground"), const_cast<String>(XmRPixel), sizeof(Pixel), 0,
-        const_cast<String>(XmRString), const_cast<char*>("Black")};
+    static XtResource resource
+        = VkColourEntry("readOnlyBackground", "ReadOnlyBackground", 0, "Black");
     Pixel background = 0;
     XtGetApplicationResources(field, &background, &resource, 1, nullptr, 0);
     XmChangeColor(field, background);
