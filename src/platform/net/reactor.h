@@ -17,8 +17,8 @@ public:
     Reactor(const Reactor&) = delete;
     Reactor& operator=(const Reactor&) = delete;
 
-    /// Watches the handler's descriptor. Returns 0, -1 if it is watched for that already or there
-    /// is none.
+    /// Watches the handler's descriptor. Returns 0, -1 if it is watched for that
+    /// already or there is none.
     int register_handler(Event_Handler* handler, Event_Type type);
 
     /// Returns 0, -1 if it was not registered for that.
