@@ -4,7 +4,6 @@
 #include "app/control_loop.h"
 #include "platform/net/left_behind.h"
 #include "platform/vk/app.h"
-#include "platform/vk/notice.h"
 #include "platform/vk/wm_hints.h"
 
 #include <X11/StringDefs.h>

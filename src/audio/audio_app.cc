@@ -4,6 +4,7 @@
 #include "platform/net/bytes.h"
 #include "platform/net/left_behind.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {

@@ -4,7 +4,6 @@
 #include "platform/vk/wm_hints.h"
 #include "signalling/member.h"
 
-#include <X11/Shell.h>
 #include <X11/StringDefs.h>
 
 namespace {

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <numbers>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {

@@ -7,7 +7,6 @@
 #include <Xm/MwmUtil.h>
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 #include <vector>

@@ -5,7 +5,6 @@
 #include "platform/vl/picture.h"
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 /// ITU-T H.263 baseline (version 1, no optional modes) and H.261, both QCIF.
