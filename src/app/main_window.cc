@@ -4,7 +4,6 @@
 #include "app/control_loop.h"
 #include "platform/net/left_behind.h"
 #include "platform/vk/app.h"
-#include "platform/vk/notice.h"
 #include "platform/vk/wm_hints.h"
 
 #include <X11/StringDefs.h>
@@ -13,8 +12,6 @@
 
 namespace {
 
-constexpr int FORM_WIDTH = 234;
-constexpr int FORM_HEIGHT = 298;
 constexpr std::chrono::milliseconds LEVELS_EVERY {50};
 
 // Entries of panes that are not built keep their texts for those who add them.
@@ -69,7 +66,8 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
 {
     qd_add_actions(theApplication->appContext());
     form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
-    XtVaSetValues(form_->baseWidget(), XtNwidth, FORM_WIDTH, XtNheight, FORM_HEIGHT, nullptr);
+    XtVaSetValues(
+        form_->baseWidget(), XtNwidth, MainForm::WIDTH, XtNheight, MainForm::HEIGHT, nullptr);
     addView(form_.get());
     form_->setParent(this);
     XtAddCallback(form_->callButton(), XmNactivateCallback, callCallback, this);

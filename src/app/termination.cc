@@ -1,5 +1,7 @@
 #include "app/termination.h"
 
+#include "platform/net/wake.h"
+
 #include <csignal>
 
 namespace {

@@ -1,8 +1,6 @@
 // Being asked by the system to end.
 #pragma once
 
-#include "platform/net/wake.h"
-
 /// Turns SIGTERM, SIGINT and SIGHUP into the end of the session, just as when
 /// the framework ends it, and lets SIGPIPE and the end of child processes pass
 /// without effect. One per process, made before the threads.

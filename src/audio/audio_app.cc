@@ -4,6 +4,7 @@
 #include "platform/net/bytes.h"
 #include "platform/net/left_behind.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -11,7 +12,6 @@ namespace {
 constexpr int FRAME_COUNT_MODULUS = 65555;
 constexpr int REST_MS = 1000;
 constexpr int FRAME_MS = 100;
-constexpr int MAX_STEP_INDEX = 88; // a sender may claim any
 
 /// What each kind of link can carry; other values in a file stand for the slowest.
 constexpr QD_AudioApp::Codec CODEC_OF_CONNECTION[] = {
@@ -155,7 +155,7 @@ void QD_AudioApp::sendADPCM()
         return;
     uint8_t packet[ADPCM_SIZE] = {};
     qd_put_u16(packet, static_cast<uint16_t>(adpcmsendstate.valprev));
-    packet[2] = static_cast<uint8_t>(adpcmsendstate.index);
+    packet[2] = adpcmsendstate.index;
     adpcm_coder(frame.data(), &packet[3], FRAME, &adpcmsendstate);
     send_data(ADPCM, chars(packet), ADPCM_SIZE);
 }
@@ -258,7 +258,7 @@ void QD_AudioApp::playADPCM(int slot, const char* data, int len)
         return;
     adpcm_state state {};
     state.valprev = static_cast<short>(qd_get_u16(bytes(data)));
-    state.index = static_cast<int8_t>(std::min<int>(bytes(data)[2], MAX_STEP_INDEX));
+    state.index = bytes(data)[2]; // a sender may claim any
     Frame frame;
     adpcm_decoder(bytes(data) + 3, frame.data(), FRAME, &state);
     play_frame(slot, frame);

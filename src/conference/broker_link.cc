@@ -81,7 +81,7 @@ void QD_Broker_Link::Release::operator()(mosquitto* handle) const { mosquitto_de
 
 QD_Broker_Link::QD_Broker_Link(QD_Broker_Url url, std::string owner, QD_Broker_Events& events) :
     url_(std::move(url)),
-    prefix_("quendal/1/" + url_.conference_ + "/m/"),
+    prefix_(url_.topic()),
     owner_(std::move(owner)),
     events_(events),
     pause_(FIRST_PAUSE)

@@ -5,6 +5,7 @@
 #include "conference/host_lookup.h"
 #include "platform/net/clock.h"
 
+#include <algorithm>
 #include <memory>
 #include <poll.h>
 #include <vector>
@@ -30,8 +31,8 @@ public:
 
 /// Connects as USER to the broker's records `quendal/1/CONFERENCE/m/#` and
 /// writes its own at `OWNER` below them; when the connection breaks, the broker
-/// removes that one. No operation waits; see QD_Client for watch(), deadline() and serve(). One
-/// thread.
+/// removes that one. No operation waits; see QD_Client for watch(), deadline()
+/// and serve(). One thread.
 class QD_Broker_Link {
 public:
     static constexpr size_t MAX_MESSAGE = 4096; // the broker keeps back what is longer

@@ -47,7 +47,7 @@ Image::Image(const QD_Launch& launch)
     envp_.push_back(nullptr);
 }
 
-void complain(const char* what, const char* name)
+[[noreturn]] void complain(const char* what, const char* name)
 {
     for (const char* text : {"cannot ", what, " ", name, ": ", strerrordesc_np(errno), "\n"}) {
         [[maybe_unused]] ssize_t ignored = ::write(STDERR_FILENO, text, strlen(text));
@@ -79,17 +79,21 @@ void complain(const char* what, const char* name)
         complain("enter", launch.directory_.c_str());
     ::execve(image.argv_[0], image.argv_.data(), image.envp_.data());
     complain("run", image.argv_[0]);
-    ::_exit(127);
 }
 
 }
 
 QD_Child::~QD_Child()
 {
-    if (!runs())
-        return;
+    if (runs())
+        kill();
+}
+
+void QD_Child::kill()
+{
     signal(SIGKILL);
     while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {}
+    pid_ = 0;
 }
 
 int QD_Child::start(const QD_Launch& launch)
@@ -105,7 +109,12 @@ int QD_Child::start(const QD_Launch& launch)
     ::setpgid(pid, pid); // on both sides, so that neither has to wait for the other
     pid_ = pid;
     pidfd_.reset(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))); // is close-on-exec
-    return pidfd_ ? 0 : -1;
+    if (pidfd_)
+        return 0;
+    const int error = errno;
+    kill(); // nobody would hear of its end
+    errno = error;
+    return -1;
 }
 
 void QD_Child::signal(int number) const

@@ -27,8 +27,8 @@ public:
     QD_Child(const QD_Child&) = delete;
     QD_Child& operator=(const QD_Child&) = delete;
 
-    /// Returns 0, or -1 if there can be no process. A program that cannot be
-    /// run ends with status 127 and a line in its log.
+    /// Returns 0, or -1 with errno set if there can be no process; then none runs.
+    /// A program that cannot be run ends with status 127 and a line in its log.
     int start(const QD_Launch& launch);
 
     /// For polling: readable when the process has ended. -1 before and after.
@@ -48,6 +48,8 @@ public:
     std::string how_it_ended() const;
 
 private:
+    void kill();
+
     pid_t pid_ = 0;
     QD_Fd pidfd_;
     int status_ = 0; // as wait(2) gives it

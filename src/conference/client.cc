@@ -4,7 +4,6 @@
 #include "framework/event.h"
 #include "platform/net/bytes.h"
 
-#include <algorithm>
 #include <csignal>
 #include <netinet/in.h>
 #include <netinet/tcp.h>

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+/// A field that the command has no option for stays as it is here.
 struct QD_Command_Line {
     enum Mode { HELP, RUN, DEMO, JOIN, HOST };
 

@@ -1,10 +1,10 @@
 #include "conference/host_lookup.h"
 
 #include "conference/address_claim.h"
+#include "platform/net/thread.h"
 
 #include <netdb.h>
 #include <sys/socket.h>
-#include <thread>
 
 void QD_Host_Lookup::start(const std::string& host)
 {
@@ -12,7 +12,7 @@ void QD_Host_Lookup::start(const std::string& host)
     if (qd_address_number(host) != 0)
         return;
     question_ = std::make_shared<Question>();
-    std::thread([question = question_, host] {
+    const auto ask = [question = question_, host] {
         addrinfo hints {};
         hints.ai_socktype = SOCK_STREAM;
         addrinfo* found = nullptr;
@@ -21,5 +21,7 @@ void QD_Host_Lookup::start(const std::string& host)
             ::freeaddrinfo(found);
         question->answer_ = known ? KNOWN : UNKNOWN;
         question->wake_.raise();
-    }).detach();
+    };
+    if (qd_run_detached(ask) < 0)
+        question_->answer_ = UNKNOWN;
 }

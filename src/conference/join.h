@@ -8,9 +8,10 @@
 
 #include <ostream>
 
+/// Who takes part, where, and with which client.
 struct QD_Join_Setup {
     QD_Broker_Url broker_;
-    std::string name_;
+    std::string name_;                 // the member's
     uint32_t address_ = 0;             // what the client takes as its own, as a number
     std::string client_;               // the program, an absolute path
     std::string directory_;            // the client's current directory, takes log.txt; exists

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+/// One thread.
 class QD_Line_Reader {
 public:
     /// A longer line is refused as a whole, with a line on `out`.
@@ -14,8 +15,10 @@ public:
     /// Called for each line that is not empty, without the blanks around it.
     using Execute = std::function<void(std::string_view line)>;
 
+    /// `out` outlives this object.
     QD_Line_Reader(std::ostream& out, Execute execute) : out_(out), execute_(std::move(execute)) {}
 
+    /// Takes the next bytes; a line is carried out once its end has come.
     void take(std::string_view typed);
 
     /// `text` without blanks at its ends.

@@ -1,6 +1,7 @@
 #include "conference/private_broker.h"
 
 #include "conference/address_claim.h"
+#include "conference/broker_link.h"
 #include "platform/net/clock.h"
 #include "platform/net/fd.h"
 
@@ -79,16 +80,17 @@ bool write_file(const std::string& path, const std::string& text)
 
 std::string QD_Private_Broker::write_files(const std::string& directory) const
 {
-    const std::string topics = "quendal/1/" + url_.conference_ + "/m/";
+    const std::string topic = url_.topic();
     const std::pair<const char*, std::string> files[] = {
         {"keys", url_.user_ + ":" + url_.password_ + "\n"},
-        {"acl", "pattern read " + topics + "#\npattern write " + topics + "%u/+\n"},
+        {"acl", "pattern read " + topic + "#\npattern write " + topic + "%u/+\n"},
         {"mosquitto.conf",
             "listener " + std::to_string(url_.port_) + " " + url_.host_ + "\npsk_file " + directory
                 + "/keys\npsk_hint quendal\nuse_identity_as_username true\n"
                   "allow_anonymous false\nacl_file "
-                + directory
-                + "/acl\nmessage_size_limit 4096\npersistence false\n"
+                + directory + "/acl\nmessage_size_limit "
+                + std::to_string(QD_Broker_Link::MAX_MESSAGE)
+                + "\npersistence false\n"
                   "max_inflight_messages 100\nmax_queued_messages 2000\n"},
     };
     // As root it becomes another user before it reads its files.

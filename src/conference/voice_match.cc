@@ -1,5 +1,7 @@
 #include "conference/voice_match.h"
 
+#include "conference/wav_file.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,8 +9,7 @@ namespace {
 
 using Samples = std::span<const int16_t>;
 
-constexpr int RATE = 8000;
-constexpr size_t BLOCK = RATE / 4;
+constexpr size_t BLOCK = QD_SOUND_RATE / 4;
 constexpr double NO_VOICE = 0.5; // a voice that fits a block no better than this is another's
 constexpr double GOOD = 0.99;    // no need to look for a better place
 
@@ -113,7 +114,7 @@ QD_Voice_Match qd_match_voice(std::span<const int16_t> heard, std::span<const QD
     const int64_t energy = product(sample.data(), sample.data(), sample.size());
 
     QD_Voice_Match match;
-    match.seconds_ = static_cast<double>(sound.size()) / RATE;
+    match.seconds_ = static_cast<double>(sound.size()) / QD_SOUND_RATE;
     double most = NO_VOICE;
     for (size_t i = 0; i < voices.size(); ++i) {
         const Loop loop(voices[i]);

@@ -1,8 +1,6 @@
 // The application's side of the framework link: events over a local TCP stream.
 #pragma once
 
-#include <cstdint>
-
 /// One message on the link: 32-bit type, 32-bit length, then the payload; the
 /// integers big-endian.
 struct Event {

@@ -3,9 +3,6 @@
 
 #include "signalling/session_control.h"
 
-#include <cstdint>
-#include <span>
-
 /// Owns the framework link. User-interface thread.
 class QD_Orvik_Control {
 public:

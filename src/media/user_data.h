@@ -49,7 +49,7 @@ private:
 
     unsigned last_ts = 0;
     unsigned last_seq = 0;
-    unsigned first_time = 0;
+    unsigned first_time = 0; // when counting began; kept, no figure needs it
     std::array<unsigned, RING_SIZE> timestamps {};
     std::array<int, RING_SIZE> sizes {};
     int pos = 0;

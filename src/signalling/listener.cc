@@ -20,7 +20,8 @@ int QD_Listener::open()
 {
     QD_Fd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int on = 1; // a member that starts again finds its port free
-    ::setsockopt(fd.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (fd)
+        ::setsockopt(fd.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     sockaddr_in local {};
     local.sin_family = AF_INET;
     local.sin_port = htons(QD_SIGNALLING_PORT);

@@ -25,7 +25,7 @@ class QD_Member {
 public:
     static constexpr size_t NAME_SIZE = 20;    // with the end
     static constexpr size_t STRING_SIZE = 100; // likewise, for display strings
-    static constexpr int PICTURE_SIZE = 38016; // QCIF, planes Y 176 x 144, U and V 88 x 72
+    static constexpr int PICTURE_SIZE = 38016; // bytes: planes Y 176 x 144, U and V 88 x 72
 
     QD_Member();
 
@@ -114,7 +114,7 @@ private:
     void show_statistics();
 
     std::unique_ptr<QD_Display_View> dpy_win;
-    int32_t display_on_ = 0;
+    int32_t display_on_ = 0; // copied along; no window looks at it
     int32_t id_ = 0;
     char name_[NAME_SIZE] = "";
     uint32_t host_ = 0;

@@ -5,7 +5,6 @@
 #include "platform/net/trace.h"
 #include "signalling/session_control.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdio>
 #include <cstring>

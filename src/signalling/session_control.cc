@@ -179,16 +179,21 @@ void QD_Session_Control::forget_members(bool close_streams)
 
 namespace {
 
-// Figures as they are at one moment; the media threads go on counting.
-std::optional<UserData> copy_of(const UserData* figures)
-{
-    return figures == nullptr ? std::nullopt : std::optional<UserData>(*figures);
-}
+/// A member's figures as they are at one moment; the media threads go on counting.
+class Snapshot {
+public:
+    Snapshot(QD_Session_Control* session, const QD_Member& member,
+        const UserData* (QD_Member::*figures)() const)
+    {
+        QD_Session_Hold hold(session);
+        if (const UserData* now = (member.*figures)())
+            copy_ = *now;
+    }
+    const UserData* get() const { return copy_ ? &*copy_ : nullptr; }
 
-const UserData* pointer_to(const std::optional<UserData>& figures)
-{
-    return figures ? &*figures : nullptr;
-}
+private:
+    std::optional<UserData> copy_;
+};
 
 }
 
@@ -199,12 +204,8 @@ void QD_Session_Control::update_stat(const char* member_text)
         member.get_string(text);
         if (strcmp(text, member_text) != 0 || form_ == nullptr)
             continue;
-        lock();
-        const auto audio = copy_of(member.get_audio_data());
-        const auto video = copy_of(member.get_video_data());
-        unlock();
-        stat_view()->setAudioData(pointer_to(audio));
-        stat_view()->setVideoData(pointer_to(video));
+        stat_view()->setAudioData(Snapshot(this, member, &QD_Member::get_audio_data).get());
+        stat_view()->setVideoData(Snapshot(this, member, &QD_Member::get_video_data).get());
     }
 }
 
@@ -222,10 +223,7 @@ void QD_Session_Control::update_audio_stat(QD_Member* m)
     static unsigned calls = 0; // for all members together
     if (!is_selected(m) || calls++ % 5 != 0)
         return;
-    lock();
-    const auto figures = copy_of(m->get_audio_data());
-    unlock();
-    stat_view()->setAudioData(pointer_to(figures));
+    stat_view()->setAudioData(Snapshot(this, *m, &QD_Member::get_audio_data).get());
 }
 
 void QD_Session_Control::update_video_stat(QD_Member* m)
@@ -233,10 +231,7 @@ void QD_Session_Control::update_video_stat(QD_Member* m)
     static unsigned calls = 0; // for all members together
     if (!is_selected(m) || calls++ % 3 != 0)
         return;
-    lock();
-    const auto figures = copy_of(m->get_video_data());
-    unlock();
-    stat_view()->setVideoData(pointer_to(figures));
+    stat_view()->setVideoData(Snapshot(this, *m, &QD_Member::get_video_data).get());
 }
 
 void QD_Session_Control::print_status()

@@ -87,8 +87,8 @@ public:
     /// MAX_ANNOUNCED others. Never with the lock held.
     int new_member(QD_Member* m);
 
-    /// Removes a member and its window. 0, or -1 if there is none with that id. Never with the lock
-    /// held.
+    /// Removes a member and its window. 0, or -1 if there is none with that id.
+    /// Never with the lock held.
     int delete_member(int id);
 
     /// Lets every member serve one pending request.

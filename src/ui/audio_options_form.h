@@ -4,7 +4,8 @@
 #include "signalling/options.h"
 #include "ui/audio_options_form_ui.h"
 
-/// Filled from the session's options when it is made. User-interface thread only.
+/// Filled from the session's options when it is made; whoever keeps it holds the
+/// session controller. User-interface thread only.
 class AudioOptionsForm : public AudioOptionsFormUI {
 public:
     AudioOptionsForm(const char* name, Widget parent);
@@ -17,5 +18,5 @@ public:
     void get_options();
 
 private:
-    _options* options_; // the session controller's
+    _options* options_; // the session controller's, which the window holds
 };

@@ -2,14 +2,16 @@
 
 #include "platform/vk/text.h"
 #include "platform/vk/wm_hints.h"
+#include "signalling/member.h"
 
-#include <X11/Shell.h>
 #include <X11/StringDefs.h>
 
 namespace {
 
 constexpr VkResource DEFAULTS[] = {{".title", "Video Display"}};
 constexpr const char* NAMELESS = "displayWindow";
+
+static_assert(QD_Member::PICTURE_SIZE == VkPictureDisplay::SIZE); // what draw() is given
 
 }
 

@@ -12,10 +12,8 @@ Form::Form(const char* name) : FormUI(name) {}
 
 void Form::call(Widget, XtPointer)
 {
-    QD_Session_Control* session = QD_Session_Control::instance();
     char* host = XmTextFieldGetString(_hostTextField);
-    session->invite("user", host); // the one who is called tells the true name
-    QD_Session_Control::destroy();
+    QD_Session_Ref()->invite("user", host); // the one who is called tells the true name
     XtFree(host);
     delete _parent; // and this form with it
 }

@@ -59,8 +59,8 @@ void FormUI::createButtons()
         Widget* field;
         XtCallbackProc callback;
     } const buttons[] = {
-        {"callButton", &_callButton, &FormUI::callCallback},
-        {"cancelButton", &_cancelButton, &FormUI::cancelCallback},
+        {"callButton", &_callButton, callCallback},
+        {"cancelButton", &_cancelButton, cancelCallback},
     };
     int right = 2 * MARGIN + BUTTON_WIDTH;
     for (const auto& button : buttons) {
@@ -75,15 +75,5 @@ void FormUI::createButtons()
     }
     XtVaSetValues(_form, XmNcancelButton, _cancelButton, nullptr);
     XtVaSetValues(_callButton, XmNshowAsDefault, DEFAULT_BORDER, nullptr);
-    XtAddCallback(_hostTextField, XmNactivateCallback, &FormUI::callCallback, this);
-}
-
-void FormUI::callCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<FormUI*>(self)->call(w, call_data);
-}
-
-void FormUI::cancelCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<FormUI*>(self)->cancel(w, call_data);
+    XtAddCallback(_hostTextField, XmNactivateCallback, callCallback, this);
 }

@@ -4,8 +4,8 @@
 #include "platform/vk/component.h"
 
 /// A line for the host's name and two buttons. Return stands for Call, or for
-/// the button that has the keyboard, and Escape for Cancel. A widget's name is its field's without
-/// the underscore.
+/// the button that has the keyboard, and Escape for Cancel. A widget's name is
+/// its field's without the underscore.
 class FormUI : public VkComponent {
 public:
     const char* className() override { return "FormUI"; }
@@ -29,8 +29,8 @@ protected:
     Widget _label = nullptr;
 
 private:
-    static void callCallback(Widget, XtPointer, XtPointer);
-    static void cancelCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc callCallback = VkForward<&FormUI::call>;
+    static constexpr XtCallbackProc cancelCallback = VkForward<&FormUI::cancel>;
 
     void createHost();
     void createButtons();

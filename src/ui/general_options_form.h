@@ -4,7 +4,8 @@
 #include "signalling/options.h"
 #include "ui/general_options_form_ui.h"
 
-/// Filled from the session's options when it is made. User-interface thread only.
+/// Filled from the session's options when it is made; whoever keeps it holds the
+/// session controller. User-interface thread only.
 class GeneralOptionsForm : public GeneralOptionsFormUI {
 public:
     GeneralOptionsForm(const char* name, Widget parent);
@@ -22,5 +23,5 @@ protected:
     virtual void autoAccept(Widget, XtPointer) {} // the page has no control for it
 
 private:
-    _options* options_; // the session controller's
+    _options* options_; // the session controller's, which the window holds
 };

@@ -28,34 +28,14 @@ GeneralOptionsFormUI::GeneralOptionsFormUI(const char* name, Widget parent) : Vk
         Widget* field;
         XtCallbackProc chosen;
     } const items[] = {
-        {"modemButton", &_modemButton, &GeneralOptionsFormUI::modemCallback},
-        {"isdn1Button", &_isdn1Button, &GeneralOptionsFormUI::ISDN1Callback},
-        {"isdn2Button", &_isdn2Button, &GeneralOptionsFormUI::ISDN2Callback},
-        {"lanButton", &_lanButton, &GeneralOptionsFormUI::LANCallback},
+        {"modemButton", &_modemButton, modemCallback},
+        {"isdn1Button", &_isdn1Button, ISDN1Callback},
+        {"isdn2Button", &_isdn2Button, ISDN2Callback},
+        {"lanButton", &_lanButton, LANCallback},
     };
     for (const auto& item : items)
         *item.field = _connectionMenu->addAction(item.name, item.chosen, this);
     XtVaSetValues(_connectionMenu->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset,
         MARGIN, XmNleftAttachment, XmATTACH_FORM, XmNleftOffset, MARGIN, nullptr);
     _connectionMenu->show();
-}
-
-void GeneralOptionsFormUI::modemCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<GeneralOptionsFormUI*>(self)->modem(w, call_data);
-}
-
-void GeneralOptionsFormUI::ISDN1Callback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<GeneralOptionsFormUI*>(self)->ISDN1(w, call_data);
-}
-
-void GeneralOptionsFormUI::ISDN2Callback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<GeneralOptionsFormUI*>(self)->ISDN2(w, call_data);
-}
-
-void GeneralOptionsFormUI::LANCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<GeneralOptionsFormUI*>(self)->LAN(w, call_data);
 }

@@ -26,8 +26,8 @@ protected:
     Widget _lanButton;
 
 private:
-    static void modemCallback(Widget, XtPointer, XtPointer);
-    static void ISDN1Callback(Widget, XtPointer, XtPointer);
-    static void ISDN2Callback(Widget, XtPointer, XtPointer);
-    static void LANCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc modemCallback = VkForward<&GeneralOptionsFormUI::modem>;
+    static constexpr XtCallbackProc ISDN1Callback = VkForward<&GeneralOptionsFormUI::ISDN1>;
+    static constexpr XtCallbackProc ISDN2Callback = VkForward<&GeneralOptionsFormUI::ISDN2>;
+    static constexpr XtCallbackProc LANCallback = VkForward<&GeneralOptionsFormUI::LAN>;
 };

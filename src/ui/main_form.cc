@@ -25,9 +25,8 @@ int32_t meter_value(int level)
 
 bool show_statistics(Widget form)
 {
-    static XtResource resource = {const_cast<String>("showStatistics"),
-        const_cast<String>("ShowStatistics"), const_cast<String>(XmRBoolean), sizeof(Boolean), 0,
-        const_cast<String>(XmRImmediate), nullptr};
+    static XtResource resource
+        = VkEntry("showStatistics", "ShowStatistics", XmRBoolean, sizeof(Boolean), 0, "False");
     Boolean show = False;
     XtGetApplicationResources(form, &show, &resource, 1, nullptr, 0);
     return show;
@@ -39,9 +38,9 @@ MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
 {
     users_.attach(_usersList);
     _statistics = new StatWindowMainWindow("statWindow");
-    _options = QD_Session_Control::instance()->get_options();
+    const QD_Session_Ref session;
+    _options = session->get_options();
     XmScaleSetValue(_micScale, std::clamp<int>(_options->mic_cutoff, 0, 99));
-    QD_Session_Control::destroy();
     if (show_statistics(_mainForm))
         _statistics->show();
     start_camera_ = XmToggleButtonGetState(_toggle);
@@ -91,16 +90,11 @@ void MainForm::updateLevels()
         _micMeter->setValue(mic_value_, METER_MAX);
 }
 
-void MainForm::accept(Widget, XtPointer)
-{
-    QD_Session_Control::instance()->accept_invitation();
-    QD_Session_Control::destroy();
-}
+void MainForm::accept(Widget, XtPointer) { QD_Session_Ref()->accept_invitation(); }
 
 void MainForm::reject(Widget, XtPointer)
 {
-    QD_Session_Control::instance()->reject_invitation();
-    QD_Session_Control::destroy();
+    QD_Session_Ref()->reject_invitation();
     XtSetSensitive(_acceptButton, False);
     XtSetSensitive(_rejectButton, False);
 }

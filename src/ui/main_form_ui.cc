@@ -41,8 +41,6 @@ constexpr VkResource DEFAULTS[] = {
     {"*toggle.marginWidth", "4"},
 };
 
-constexpr int WIDTH = 234;
-constexpr int HEIGHT = 298;
 constexpr int MARGIN = 6;
 constexpr int METER_WIDTH = 18;
 constexpr int METER_HEIGHT = 80;
@@ -213,32 +211,17 @@ void MainFormUI::createMeters()
 
 void MainFormUI::addCallbacks()
 {
-    XtAddCallback(_acceptButton, XmNactivateCallback, &MainFormUI::acceptCallback, this);
-    XtAddCallback(_rejectButton, XmNactivateCallback, &MainFormUI::rejectCallback, this);
-    XtAddCallback(_callButton, XmNactivateCallback, &MainFormUI::callCallback, this);
+    XtAddCallback(_acceptButton, XmNactivateCallback, acceptCallback, this);
+    XtAddCallback(_rejectButton, XmNactivateCallback, rejectCallback, this);
+    XtAddCallback(_callButton, XmNactivateCallback, callCallback, this);
     XtAddCallback(_toggle, XmNvalueChangedCallback, &MainFormUI::cameraCallback, this);
-    XtAddCallback(_talkToggle, XmNvalueChangedCallback, &MainFormUI::talkCallback, this);
-    XtAddCallback(_manualToggle, XmNvalueChangedCallback, &MainFormUI::manualSwitchCallback, this);
-    XtAddCallback(_autoToggle, XmNvalueChangedCallback, &MainFormUI::autoSwitchCallback, this);
-    XtAddCallback(_micScale, XmNvalueChangedCallback, &MainFormUI::micScaleCallback, this);
-    XtAddCallback(_micScale, XmNdragCallback, &MainFormUI::micScaleCallback, this);
+    XtAddCallback(_talkToggle, XmNvalueChangedCallback, talkCallback, this);
+    XtAddCallback(_manualToggle, XmNvalueChangedCallback, manualSwitchCallback, this);
+    XtAddCallback(_autoToggle, XmNvalueChangedCallback, autoSwitchCallback, this);
+    XtAddCallback(_micScale, XmNvalueChangedCallback, micScaleCallback, this);
+    XtAddCallback(_micScale, XmNdragCallback, micScaleCallback, this);
     for (const char* selected : {XmNbrowseSelectionCallback, XmNsingleSelectionCallback})
-        XtAddCallback(_usersList, selected, &MainFormUI::userSelectedCallback, this);
-}
-
-void MainFormUI::acceptCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->accept(w, call_data);
-}
-
-void MainFormUI::rejectCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->reject(w, call_data);
-}
-
-void MainFormUI::callCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->call(w, call_data);
+        XtAddCallback(_usersList, selected, userSelectedCallback, this);
 }
 
 void MainFormUI::cameraCallback(Widget w, XtPointer self, XtPointer call_data)
@@ -246,29 +229,4 @@ void MainFormUI::cameraCallback(Widget w, XtPointer self, XtPointer call_data)
     auto* form = static_cast<MainFormUI*>(self);
     form->showCamera();
     form->camera(w, call_data);
-}
-
-void MainFormUI::talkCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->talk(w, call_data);
-}
-
-void MainFormUI::manualSwitchCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->manualSwitch(w, call_data);
-}
-
-void MainFormUI::autoSwitchCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->autoSwitch(w, call_data);
-}
-
-void MainFormUI::micScaleCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->micScale(w, call_data);
-}
-
-void MainFormUI::userSelectedCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<MainFormUI*>(self)->userSelected(w, call_data);
 }

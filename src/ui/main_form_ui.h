@@ -11,6 +11,9 @@
 /// widget's name is its field's without the underscore.
 class MainFormUI : public VkComponent {
 public:
+    static constexpr int WIDTH = 234;
+    static constexpr int HEIGHT = 298;
+
     const char* className() override { return "MainFormUI"; }
 
     /// The Call button, for those who open the call dialog from it.
@@ -59,15 +62,15 @@ protected:
     Widget _usersScrollWindow;
 
 private:
-    static void acceptCallback(Widget, XtPointer, XtPointer);
-    static void rejectCallback(Widget, XtPointer, XtPointer);
-    static void callCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc acceptCallback = VkForward<&MainFormUI::accept>;
+    static constexpr XtCallbackProc rejectCallback = VkForward<&MainFormUI::reject>;
+    static constexpr XtCallbackProc callCallback = VkForward<&MainFormUI::call>;
     static void cameraCallback(Widget, XtPointer, XtPointer);
-    static void talkCallback(Widget, XtPointer, XtPointer);
-    static void manualSwitchCallback(Widget, XtPointer, XtPointer);
-    static void autoSwitchCallback(Widget, XtPointer, XtPointer);
-    static void micScaleCallback(Widget, XtPointer, XtPointer);
-    static void userSelectedCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc talkCallback = VkForward<&MainFormUI::talk>;
+    static constexpr XtCallbackProc manualSwitchCallback = VkForward<&MainFormUI::manualSwitch>;
+    static constexpr XtCallbackProc autoSwitchCallback = VkForward<&MainFormUI::autoSwitch>;
+    static constexpr XtCallbackProc micScaleCallback = VkForward<&MainFormUI::micScale>;
+    static constexpr XtCallbackProc userSelectedCallback = VkForward<&MainFormUI::userSelected>;
 
     void createStatus();
     void createUsers();

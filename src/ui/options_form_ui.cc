@@ -11,8 +11,6 @@ constexpr VkResource DEFAULTS[] = {
     {"*cancelOptButton.labelString", "Cancel"},
 };
 
-constexpr int WIDTH = 314;
-constexpr int HEIGHT = 380;
 constexpr int MARGIN = 8;
 
 }
@@ -43,9 +41,9 @@ void OptionsFormUI::createButtons()
         Widget* field;
         XtCallbackProc pressed;
     } const buttons[] = {
-        {"okOptButton", &_okOptButton, &OptionsFormUI::okOptionsCallback},
-        {"applyOptButton", &_applyOptButton, &OptionsFormUI::applyOptionsCallback},
-        {"cancelOptButton", &_cancelOptButton, &OptionsFormUI::cancelOptionsCallback},
+        {"okOptButton", &_okOptButton, okOptionsCallback},
+        {"applyOptButton", &_applyOptButton, applyOptionsCallback},
+        {"cancelOptButton", &_cancelOptButton, cancelOptionsCallback},
     };
     for (int i = 0; i < 3; ++i) {
         Widget button = XtVaCreateManagedWidget(buttons[i].name, xmPushButtonWidgetClass,
@@ -66,19 +64,4 @@ void OptionsFormUI::createButtons()
         XtQueryGeometry(*button.field, nullptr, &wanted);
         XtVaSetValues(*button.field, XmNheight, wanted.height, nullptr);
     }
-}
-
-void OptionsFormUI::applyOptionsCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<OptionsFormUI*>(self)->applyOptions(w, call_data);
-}
-
-void OptionsFormUI::okOptionsCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<OptionsFormUI*>(self)->okOptions(w, call_data);
-}
-
-void OptionsFormUI::cancelOptionsCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<OptionsFormUI*>(self)->cancelOptions(w, call_data);
 }

@@ -9,6 +9,9 @@
 /// its field's without the underscore.
 class OptionsFormUI : public VkComponent {
 public:
+    static constexpr int WIDTH = 314;
+    static constexpr int HEIGHT = 380;
+
     const char* className() override { return "OptionsFormUI"; }
 
     /// The tab of the page that is in front, for those who lead the keyboard to it.
@@ -28,9 +31,10 @@ protected:
     Widget _optionsForm;
 
 private:
-    static void applyOptionsCallback(Widget, XtPointer, XtPointer);
-    static void okOptionsCallback(Widget, XtPointer, XtPointer);
-    static void cancelOptionsCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc applyOptionsCallback = VkForward<&OptionsFormUI::applyOptions>;
+    static constexpr XtCallbackProc okOptionsCallback = VkForward<&OptionsFormUI::okOptions>;
+    static constexpr XtCallbackProc cancelOptionsCallback
+        = VkForward<&OptionsFormUI::cancelOptions>;
 
     void createDeck();
     void createButtons();

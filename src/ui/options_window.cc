@@ -8,16 +8,14 @@ namespace {
 
 constexpr VkResource DEFAULTS[] = {{".title", "Options"}};
 
-constexpr int WIDTH = 314;
-constexpr int HEIGHT = 380;
-
 }
 
 OptionsWindowMainWindow::OptionsWindowMainWindow(const char* name, ArgList args, Cardinal count) :
     VkSimpleWindow(name, DEFAULTS, args, count)
 {
     _optionsForm = new OptionsForm("optionsForm", mainWindowWidget());
-    XtVaSetValues(_optionsForm->baseWidget(), XtNwidth, WIDTH, XtNheight, HEIGHT, nullptr);
+    XtVaSetValues(_optionsForm->baseWidget(), XtNwidth, OptionsForm::WIDTH, XtNheight,
+        OptionsForm::HEIGHT, nullptr);
     addView(_optionsForm);
     _optionsForm->setParent(this);
     setFirstFocus(_optionsForm->frontTab());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/vk/simple_window.h"
+#include "signalling/session_control.h"
 #include "ui/options_form.h"
 
 /// OK, Cancel and the window manager delete it. User-interface thread only.
@@ -14,5 +15,6 @@ public:
     const char* className() override { return "OptionsWindowMainWindow"; }
 
 private:
+    const QD_Session_Ref session_; // keeps the options that the pages write to
     OptionsForm* _optionsForm;
 };

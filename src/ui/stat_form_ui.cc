@@ -30,8 +30,6 @@ constexpr VkResource DEFAULTS[] = {
     {"*statCloseButton.labelString", "Close"},
 };
 
-constexpr int WIDTH = 583;
-constexpr int HEIGHT = 310;
 constexpr int MARGIN = 10;
 constexpr int LIST_PERCENT = 37; // of the form's width
 constexpr int ROW_HEIGHT = 28;
@@ -115,7 +113,7 @@ void StatFormUI::createParticipants()
     _statUsersList = XtVaCreateManagedWidget("statUsersList", xmListWidgetClass, _statUsersScroll,
         XmNlistSizePolicy, XmCONSTANT, XmNselectionPolicy, XmBROWSE_SELECT, nullptr);
     for (const char* selected : {XmNbrowseSelectionCallback, XmNsingleSelectionCallback})
-        XtAddCallback(_statUsersList, selected, &StatFormUI::statUserSelectedCallback, this);
+        XtAddCallback(_statUsersList, selected, statUserSelectedCallback, this);
 }
 
 void StatFormUI::createAudio()
@@ -154,17 +152,7 @@ void StatFormUI::createClose()
         _statForm, XmNwidth, 90, XmNrightAttachment, XmATTACH_FORM, XmNrightOffset, MARGIN,
         XmNbottomAttachment, XmATTACH_FORM, XmNbottomOffset, MARGIN, nullptr);
     VkTabButton(_statCloseButton);
-    XtAddCallback(_statCloseButton, XmNactivateCallback, &StatFormUI::statCloseCallback, this);
+    XtAddCallback(_statCloseButton, XmNactivateCallback, statCloseCallback, this);
     // Escape closes, as in any dialog.
     XtVaSetValues(_statForm, XmNcancelButton, _statCloseButton, nullptr);
-}
-
-void StatFormUI::statUserSelectedCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<StatFormUI*>(self)->statUserSelected(w, call_data);
-}
-
-void StatFormUI::statCloseCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<StatFormUI*>(self)->statClose(w, call_data);
 }

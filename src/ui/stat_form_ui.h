@@ -7,6 +7,9 @@
 /// widget's name is its field's without the underscore.
 class StatFormUI : public VkComponent {
 public:
+    static constexpr int WIDTH = 583;
+    static constexpr int HEIGHT = 310;
+
     const char* className() override { return "StatFormUI"; }
 
     /// The list of participants, for those who lead the keyboard to it.
@@ -56,8 +59,9 @@ protected:
     Widget _videoRecText = nullptr;
 
 private:
-    static void statUserSelectedCallback(Widget, XtPointer, XtPointer);
-    static void statCloseCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc statUserSelectedCallback
+        = VkForward<&StatFormUI::statUserSelected>;
+    static constexpr XtCallbackProc statCloseCallback = VkForward<&StatFormUI::statClose>;
 
     void createParticipants();
     void createAudio();

@@ -9,16 +9,14 @@ namespace {
 
 constexpr VkResource DEFAULTS[] = {{".title", "Statistics"}};
 
-constexpr int WIDTH = 583;
-constexpr int HEIGHT = 310;
-
 }
 
 StatWindowMainWindow::StatWindowMainWindow(const char* name, ArgList args, Cardinal count) :
     VkSimpleWindow(name, DEFAULTS, args, count)
 {
     _statForm = new StatForm("statForm", mainWindowWidget());
-    XtVaSetValues(_statForm->baseWidget(), XtNwidth, WIDTH, XtNheight, HEIGHT, nullptr);
+    XtVaSetValues(
+        _statForm->baseWidget(), XtNwidth, StatForm::WIDTH, XtNheight, StatForm::HEIGHT, nullptr);
     addView(_statForm);
     _statForm->setParent(this);
     setFirstFocus(_statForm->usersList());

@@ -4,7 +4,8 @@
 #include "signalling/options.h"
 #include "ui/video_options_form_ui.h"
 
-/// Filled from the session's options when it is made. User-interface thread only.
+/// Filled from the session's options when it is made; whoever keeps it holds the
+/// session controller. User-interface thread only.
 class VideoOptionsForm : public VideoOptionsFormUI {
 public:
     VideoOptionsForm(const char* name, Widget parent);
@@ -24,5 +25,5 @@ protected:
     void videoPanel(Widget, XtPointer) override;
 
 private:
-    _options* options_; // the session controller's
+    _options* options_; // the session controller's, which the window holds
 };

@@ -46,8 +46,7 @@ void VideoOptionsFormUI::createRate()
         _videoOptionsForm, XmNnavigationType, XmSTICKY_TAB_GROUP, XmNtopAttachment,
         XmATTACH_OPPOSITE_WIDGET, XmNtopWidget, _scale, XmNtopOffset, 10, XmNrightAttachment,
         XmATTACH_FORM, XmNrightOffset, MARGIN, nullptr);
-    XtAddCallback(
-        _fpsDefaultButton, XmNactivateCallback, &VideoOptionsFormUI::fpsDefaultCallback, this);
+    XtAddCallback(_fpsDefaultButton, XmNactivateCallback, fpsDefaultCallback, this);
 }
 
 void VideoOptionsFormUI::createToggleAndPanel()
@@ -60,16 +59,5 @@ void VideoOptionsFormUI::createToggleAndPanel()
         _videoOptionsForm, XmNnavigationType, XmSTICKY_TAB_GROUP, XmNtopAttachment, XmATTACH_WIDGET,
         XmNtopWidget, _recOffToggle, XmNtopOffset, BETWEEN / 2, XmNleftAttachment, XmATTACH_FORM,
         XmNleftOffset, MARGIN, nullptr);
-    XtAddCallback(
-        _videoPanelButton, XmNactivateCallback, &VideoOptionsFormUI::videoPanelCallback, this);
-}
-
-void VideoOptionsFormUI::fpsDefaultCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<VideoOptionsFormUI*>(self)->fpsDefault(w, call_data);
-}
-
-void VideoOptionsFormUI::videoPanelCallback(Widget w, XtPointer self, XtPointer call_data)
-{
-    static_cast<VideoOptionsFormUI*>(self)->videoPanel(w, call_data);
+    XtAddCallback(_videoPanelButton, XmNactivateCallback, videoPanelCallback, this);
 }

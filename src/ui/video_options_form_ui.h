@@ -23,8 +23,8 @@ protected:
     Widget _videoPanelButton;
 
 private:
-    static void fpsDefaultCallback(Widget, XtPointer, XtPointer);
-    static void videoPanelCallback(Widget, XtPointer, XtPointer);
+    static constexpr XtCallbackProc fpsDefaultCallback = VkForward<&VideoOptionsFormUI::fpsDefault>;
+    static constexpr XtCallbackProc videoPanelCallback = VkForward<&VideoOptionsFormUI::videoPanel>;
 
     void createRate();
     void createToggleAndPanel();

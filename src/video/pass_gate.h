@@ -35,7 +35,7 @@ private:
         ended_.notify_all();
     }
 
-    std::mutex mutex_;
+    std::mutex mutex_; // a bare one: the condition needs it
     std::condition_variable ended_;
-    bool under_way_ = false;
+    bool under_way_ = false; // guarded by mutex_
 };

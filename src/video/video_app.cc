@@ -14,6 +14,8 @@ namespace {
 constexpr int REST_MS = 1000;
 constexpr double LONGEST_WAIT_MS = 1e9; // what fits an int
 
+static_assert(QD_Member::PICTURE_SIZE == QD_PICTURE_SIZE);
+
 /// What each kind of link can carry.
 struct Link {
     QD_VideoApp::Type codec;

@@ -69,8 +69,8 @@ private:
         int internal_id;
     };
 
-    // Decode a payload and post its picture to the sender's window. Return 0 when a picture was
-    // produced, else -1.
+    // Decode a payload and post its picture to the sender's window. Return 0 when
+    // a picture was produced, else -1.
     int displayH263(const Sender& from, const char* data, int len);
     int displayH261(const Sender& from, const char* data, int len);
     int displayYUV9(const Sender& from, const char* data, int len);

@@ -36,7 +36,8 @@ public:
     /// again: the next beat's time, which may have passed already.
     QD_Clock::Time advance(QD_Clock::Time now) QD_EXCLUDES(mutex_);
 
-    /// Drives advance() by the machine's clock until end_thread().
+    /// Drives advance() by the machine's clock until end_thread(). Returns 0, -1 if
+    /// there can be no thread.
     int run_in_background();
 
 protected:

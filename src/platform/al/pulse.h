@@ -17,6 +17,7 @@
 
 #include "platform/al/device.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 

@@ -72,10 +72,10 @@ private:
     QD_Wake wake_;
     QD_Mutex mutex_;
     std::vector<Stream> arrivals_ QD_GUARDED_BY(mutex_);
-    Gain new_gains_[2] QD_GUARDED_BY(mutex_); // by QD_Al_Port::Side
-    pa_threaded_mainloop* loop_ = nullptr;    // made by the first attach()
+    Gain new_gains_[2] QD_GUARDED_BY(mutex_);                    // by QD_Al_Port::Side
+    pa_threaded_mainloop* loop_ QD_GUARDED_BY(mutex_) = nullptr; // made by the first attach()
 
-    // The main loop thread's own.
+    // The main loop thread's own, once it runs.
     pa_mainloop_api* api_ = nullptr;
     pa_io_event* wake_event_ = nullptr;
     pa_time_event* retry_event_ = nullptr; // set while a new attempt is due

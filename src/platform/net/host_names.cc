@@ -1,7 +1,6 @@
 #include "platform/net/host_names.h"
 
-#include <csignal>
-#include <thread>
+#include "platform/net/thread.h"
 
 std::string QD_Host_Names::find(uint32_t address)
 {
@@ -15,16 +14,8 @@ std::string QD_Host_Names::find(uint32_t address)
     }
     names_[address] = "";
     wanted_.push_back(address);
-    if (looking_)
-        return "";
-
-    looking_ = true;
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all); // signals are the user interface's affair
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread([this] { look_up_all(); }).detach();
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (!looking_)
+        looking_ = qd_run_detached([this] { look_up_all(); }) == 0; // else the next call tries
     return "";
 }
 

@@ -46,8 +46,6 @@ void Reactor::clear()
 
 void Reactor::add_wake(int fd) { wakes_.push_back(fd); }
 
-void Reactor::remove_wake(int fd) { std::erase(wakes_, fd); }
-
 int Reactor::wait(int extra, int milliseconds)
 {
     polled_.clear();

@@ -17,8 +17,8 @@ public:
     Reactor(const Reactor&) = delete;
     Reactor& operator=(const Reactor&) = delete;
 
-    /// Watches the handler's descriptor. Returns 0, -1 if it is watched for that already or there
-    /// is none.
+    /// Watches the handler's descriptor. Returns 0, -1 if it is watched for that
+    /// already or there is none.
     int register_handler(Event_Handler* handler, Event_Type type);
 
     /// Returns 0, -1 if it was not registered for that.
@@ -35,7 +35,6 @@ public:
     /// Makes a descriptor end waits when it is readable. The caller looks after
     /// what is to be read: a descriptor left readable ends every wait.
     void add_wake(int fd);
-    void remove_wake(int fd);
 
     /// Waits up to `milliseconds` (0: not at all) for `extra` (-1: none), a wake
     /// descriptor or a handler. Returns 1 if `extra` is readable (or has failed

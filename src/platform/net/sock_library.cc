@@ -2,6 +2,7 @@
 
 #include "platform/net/host_names.h"
 #include "platform/net/local_address.h"
+#include "platform/net/thread.h"
 
 #include <arpa/inet.h>
 #include <chrono>
@@ -9,10 +10,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <future>
+#include <memory>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <thread>
 
 namespace {
 
@@ -73,12 +74,13 @@ uint32_t SOCK_Library::gethostid(const char* name)
     if (*name == '\0' || strlen(name) >= NAME_SIZE)
         return 0;
 
-    std::promise<uint32_t> promise;
-    std::future<uint32_t> answer = promise.get_future();
+    const auto promise = std::make_shared<std::promise<uint32_t>>();
+    std::future<uint32_t> answer = promise->get_future();
     // A dead resolver takes ten seconds and more: the asking thread is left to itself.
-    std::thread([text = std::string(name), promise = std::move(promise)]() mutable {
-        promise.set_value(ask_for_address(text));
-    }).detach();
+    const auto ask
+        = [text = std::string(name), promise] { promise->set_value(ask_for_address(text)); };
+    if (qd_run_detached(ask) < 0)
+        return 0;
     return answer.wait_for(NAME_WAIT) == std::future_status::ready ? answer.get() : 0;
 }
 

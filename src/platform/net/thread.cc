@@ -3,6 +3,31 @@
 #include <csignal>
 #include <cstdio>
 
+namespace {
+
+// Signals are the user interface's affair: the new thread inherits a full mask.
+int create(pthread_t* thread, void* (*run)(void*), void* argument)
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int error = pthread_create(thread, nullptr, run, argument);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return error == 0 ? 0 : -1;
+}
+
+using Work = std::function<void()>;
+
+void* run_work(void* given)
+{
+    const std::unique_ptr<Work> work(static_cast<Work*>(given));
+    (*work)();
+    return nullptr;
+}
+
+}
+
 struct SprocThread::Ending {
     QD_Wake done;
 };
@@ -21,14 +46,7 @@ int SprocThread::start()
         return -1;
     ending_ = std::make_shared<Ending>();
     running = 1;
-
-    // Signals are the user interface's affair: the new thread inherits a full mask.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    joinable_ = pthread_create(&thread_, nullptr, run_callback, this) == 0;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    joinable_ = create(&thread_, run_callback, this) == 0;
     if (!joinable_)
         running = 0;
     return joinable_ ? 0 : -1;
@@ -71,4 +89,15 @@ void SprocThread::pause(int milliseconds)
 {
     if (running != 0 && wake_.wait(milliseconds) && running != 0)
         wake_.take();
+}
+
+int qd_run_detached(Work work)
+{
+    auto given = std::make_unique<Work>(std::move(work));
+    pthread_t thread {};
+    if (create(&thread, run_work, given.get()) < 0)
+        return -1;
+    given.release(); // it is the thread's
+    pthread_detach(thread);
+    return 0;
 }

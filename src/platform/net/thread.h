@@ -1,9 +1,10 @@
-// Threads of execution with a cooperative stop and a bounded end.
+// Threads of execution: with a cooperative stop and a bounded end, or left to themselves.
 #pragma once
 
 #include "platform/net/wake.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <pthread.h>
 #include <sys/types.h>
@@ -72,3 +73,8 @@ private:
     pthread_t thread_ {};
     bool joinable_ = false;
 };
+
+/// Runs `work` on a thread that nobody waits for, signals blocked in it. It owns
+/// what it uses, or that is kept for the life of the process. Returns 0, or -1 if
+/// there can be no thread; then nothing is run. Any thread.
+int qd_run_detached(std::function<void()> work);

@@ -30,8 +30,8 @@ public:
         return ::read(fd_.get(), &count, sizeof count) == sizeof count;
     }
 
-    /// Waits up to `milliseconds` for a raise, which stays to be taken. Returns whether there is
-    /// one.
+    /// Waits up to `milliseconds` for a raise, which stays to be taken. Returns
+    /// whether there is one.
     bool wait(int milliseconds) const
     {
         pollfd waiting {fd_.get(), POLLIN, 0};

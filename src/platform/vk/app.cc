@@ -7,7 +7,6 @@
 #include <X11/Shell.h>
 #include <X11/StringDefs.h>
 #include <X11/Xft/Xft.h>
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -49,3 +49,13 @@ private:
     std::string name_;
     Widget base_ = nullptr;
 };
+
+/// A callback that calls an operation of the component given as client data,
+/// say VkForward<&MainFormUI::accept>, with the widget and the call data.
+template <auto operation> void VkForward(Widget widget, XtPointer self, XtPointer call_data)
+{
+    const auto call = [&]<class Component>(void (Component::*member)(Widget, XtPointer)) {
+        (static_cast<Component*>(self)->*member)(widget, call_data);
+    };
+    call(operation);
+}

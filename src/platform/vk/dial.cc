@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <numbers>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -28,13 +27,6 @@ constexpr const char* CONTROLS = "<Btn1Down>: VkDialPress()\n"
                                  "<Key>osfBeginLine: VkDialTurn(-100%)\n"
                                  "<Key>osfEndLine: VkDialTurn(100%)\n";
 
-XtResource colour(const char* name, size_t offset, const char* fallback)
-{
-    return {const_cast<String>(name), const_cast<String>("Color"), const_cast<String>(XmRPixel),
-        sizeof(Pixel), static_cast<Cardinal>(offset), const_cast<String>(XmRString),
-        const_cast<char*>(fallback)};
-}
-
 VkDial* dial_of(Widget widget)
 {
     VkDial* dial = nullptr;
@@ -47,11 +39,11 @@ VkDial* dial_of(Widget widget)
 VkDial::VkDial(const char* name, Widget parent) : VkComponent(name)
 {
     static XtResource colours[] = {
-        colour("grooveColor", offsetof(VkDialColours, groove), "#c3ccd5"),
-        colour("filledColor", offsetof(VkDialColours, filled), "#2f6f9f"),
-        colour("rimColor", offsetof(VkDialColours, rim), "#8794a0"),
-        colour("knobColor", offsetof(VkDialColours, knob), "#fbfcfd"),
-        colour("pointerColor", offsetof(VkDialColours, pointer), "#1f2933"),
+        VkColourEntry("grooveColor", "Color", offsetof(VkDialColours, groove), "#c3ccd5"),
+        VkColourEntry("filledColor", "Color", offsetof(VkDialColours, filled), "#2f6f9f"),
+        VkColourEntry("rimColor", "Color", offsetof(VkDialColours, rim), "#8794a0"),
+        VkColourEntry("knobColor", "Color", offsetof(VkDialColours, knob), "#fbfcfd"),
+        VkColourEntry("pointerColor", "Color", offsetof(VkDialColours, pointer), "#1f2933"),
     };
     setBaseWidget(XtVaCreateWidget(name, xmDrawnButtonWidgetClass, parent, XmNshadowThickness, 0,
         XmNpushButtonEnabled, False, XmNnavigationType, XmSTICKY_TAB_GROUP, XmNuserData, this,

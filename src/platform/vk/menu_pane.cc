@@ -3,15 +3,13 @@
 #include <Xm/CascadeB.h>
 #include <Xm/PushB.h>
 #include <Xm/RowColumn.h>
-#include <Xm/SeparatoG.h>
 #include <Xm/Xm.h>
 
 VkMenuPane::VkMenuPane(const char* name, Widget bar)
 {
     char menu[] = "menu";
     pane_ = XmCreatePulldownMenu(bar, menu, nullptr, 0);
-    title_ = XtVaCreateManagedWidget(
-        name, xmCascadeButtonWidgetClass, bar, XmNsubMenuId, pane_, nullptr);
+    XtVaCreateManagedWidget(name, xmCascadeButtonWidgetClass, bar, XmNsubMenuId, pane_, nullptr);
 }
 
 Widget VkMenuPane::addAction(const char* name, XtCallbackProc callback, XtPointer client)
@@ -19,9 +17,4 @@ Widget VkMenuPane::addAction(const char* name, XtCallbackProc callback, XtPointe
     Widget entry = XtVaCreateManagedWidget(name, xmPushButtonWidgetClass, pane_, nullptr);
     XtAddCallback(entry, XmNactivateCallback, callback, client);
     return entry;
-}
-
-void VkMenuPane::addSeparator()
-{
-    XtVaCreateManagedWidget("separator", xmSeparatorGadgetClass, pane_, nullptr);
 }

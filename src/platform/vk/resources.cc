@@ -1,5 +1,6 @@
 #include "platform/vk/resources.h"
 
+#include <X11/StringDefs.h>
 #include <X11/Xresource.h>
 #include <array>
 #include <clocale>
@@ -36,8 +37,8 @@ void put_default(XrmDatabase* db, const char* component, const VkResource& entry
     if (levels > MAX_LEVELS)
         return;
 
-    // The component's name goes in as a quark, never through the parser: it may hold blanks and
-    // dots.
+    // The component's name goes in as a quark, never through the parser: it may
+    // hold blanks and dots.
     const bool own = entry.name[0] != '*';
     XrmStringToBindingQuarkList(entry.name, &bindings[own], &quarks[own]);
     if (own) {
@@ -69,6 +70,21 @@ void VkAddDefaults(Widget any, const char* component, VkResources defaults)
         return;
     XrmDatabase database = XtScreenDatabase(XtScreenOfObject(any));
     XrmCombineDatabase(added, &database, False);
+}
+
+XtResource VkEntry(const char* name, const char* class_name, const char* type, size_t size,
+    size_t offset, const char* fallback)
+{
+    // The toolkit takes texts that could be written to, and leaves them alone.
+    return {const_cast<String>(name), const_cast<String>(class_name), const_cast<String>(type),
+        static_cast<Cardinal>(size), static_cast<Cardinal>(offset), const_cast<String>(XtRString),
+        const_cast<char*>(fallback)};
+}
+
+XtResource VkColourEntry(
+    const char* name, const char* class_name, size_t offset, const char* fallback)
+{
+    return VkEntry(name, class_name, XtRPixel, sizeof(Pixel), offset, fallback);
 }
 
 void VkAddInstalledDefaults(Display* display, const char* class_name)

@@ -23,6 +23,16 @@ void InitEZ();
 /// may hold any characters, blanks and dots included. Later widgets see them.
 void VkAddDefaults(Widget any, const char* component, VkResources defaults);
 
+/// An entry of the table that XtGetApplicationResources() fills a record from: a
+/// field of `type` and `size` at `offset`, made from the text `fallback` where
+/// nobody sets it (null: a text that is null).
+XtResource VkEntry(const char* name, const char* class_name, const char* type, size_t size,
+    size_t offset, const char* fallback);
+
+/// The same for a colour, a Pixel.
+XtResource VkColourEntry(
+    const char* name, const char* class_name, size_t offset, const char* fallback);
+
 /// Adds the application defaults file that was installed with the program,
 /// ../share/X11/app-defaults/CLASS seen from the program's folder, beneath all
 /// that the toolkit has found by itself: it looks under /etc and /usr only.

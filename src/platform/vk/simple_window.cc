@@ -7,7 +7,6 @@
 #include <Xm/MwmUtil.h>
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -25,15 +24,12 @@ struct First_Window {
 First_Window first_window(Widget base)
 {
     static XtResource resources[] = {
-        {const_cast<String>(XmNgeometry), const_cast<String>(XmCGeometry),
-            const_cast<String>(XmRString), sizeof(String), XtOffsetOf(First_Window, geometry),
-            const_cast<String>(XmRString), nullptr},
-        {const_cast<String>(XmNtitle), const_cast<String>(XmCTitle), const_cast<String>(XmRString),
-            sizeof(String), XtOffsetOf(First_Window, title), const_cast<String>(XmRString),
-            nullptr},
-        {const_cast<String>(XmNiconic), const_cast<String>(XmCIconic),
-            const_cast<String>(XmRBoolean), sizeof(Boolean), XtOffsetOf(First_Window, iconic),
-            const_cast<String>(XmRImmediate), nullptr},
+        VkEntry(XmNgeometry, XmCGeometry, XmRString, sizeof(String),
+            offsetof(First_Window, geometry), nullptr),
+        VkEntry(
+            XmNtitle, XmCTitle, XmRString, sizeof(String), offsetof(First_Window, title), nullptr),
+        VkEntry(XmNiconic, XmCIconic, XmRBoolean, sizeof(Boolean), offsetof(First_Window, iconic),
+            "False"),
     };
     First_Window first {};
     XtGetApplicationResources(base, &first, resources, XtNumber(resources), nullptr, 0);

@@ -12,24 +12,17 @@ namespace {
 constexpr int MARGIN = 3;
 constexpr int GAP = 2;
 
-XtResource colour(const char* name, const char* class_name, Cardinal index, const char* fallback)
-{
-    return {const_cast<String>(name), const_cast<String>(class_name), const_cast<String>(XmRPixel),
-        sizeof(Pixel), static_cast<Cardinal>(index * sizeof(Pixel)), const_cast<String>(XmRString),
-        const_cast<char*>(fallback)};
-}
-
 }
 
 VkVuMeter::VkVuMeter(const char* name, Widget parent) : VkComponent(name)
 {
     static XtResource colours[] = {
-        colour("lowDarkColor", "DarkColor", 0, "#24433a"),
-        colour("lowColor", "LitColor", 1, "#3fb573"),
-        colour("middleDarkColor", "DarkColor", 2, "#453d26"),
-        colour("middleColor", "LitColor", 3, "#e0a52e"),
-        colour("highDarkColor", "DarkColor", 4, "#472a2c"),
-        colour("highColor", "LitColor", 5, "#e0483f"),
+        VkColourEntry("lowDarkColor", "DarkColor", 0, "#24433a"),
+        VkColourEntry("lowColor", "LitColor", 1 * sizeof(Pixel), "#3fb573"),
+        VkColourEntry("middleDarkColor", "DarkColor", 2 * sizeof(Pixel), "#453d26"),
+        VkColourEntry("middleColor", "LitColor", 3 * sizeof(Pixel), "#e0a52e"),
+        VkColourEntry("highDarkColor", "DarkColor", 4 * sizeof(Pixel), "#472a2c"),
+        VkColourEntry("highColor", "LitColor", 5 * sizeof(Pixel), "#e0483f"),
     };
     static const VkResource defaults[] = {{".background", "#1b242c"}};
     setDefaultResources(parent, defaults);

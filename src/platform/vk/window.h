@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+/// User-interface thread only.
 class VkWindow : public VkSimpleWindow {
 public:
     void addView(VkComponent* view) override;

@@ -26,7 +26,7 @@ using QD_Av_Scaler = std::unique_ptr<SwsContext, QD_Av_Delete>;
 /// Keeps the library from printing. Any thread, as often as one likes.
 void qd_av_silence();
 
-/// A QCIF frame of the library's own with room for a picture.
+/// A QCIF frame of the library's own with room for a picture; null if it cannot be had.
 QD_Av_Frame qd_av_make_frame();
 
 /// Copies between our picture (QD_PICTURE_SIZE bytes) and a QCIF 4:2:0 frame.

@@ -3,6 +3,8 @@
 
 #include "platform/vl/camera.h"
 
+#include <string>
+
 /// A Video4Linux device; without an argument the first that opens.
 std::unique_ptr<QD_Camera> qd_make_v4l2_camera(const std::string& device, std::string& why);
 

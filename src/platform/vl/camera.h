@@ -1,11 +1,9 @@
-// Cameras: what pictures may come from, and the table to choose from.
+// Cameras: what pictures may come from, and the choice of one.
 #pragma once
 
 #include "platform/vl/picture.h"
 
 #include <memory>
-#include <span>
-#include <string>
 
 /// Where moving pictures come from. One thread uses it after it is made.
 class QD_Camera {
@@ -25,20 +23,6 @@ public:
     virtual void close() = 0;
 };
 
-/// A row of the table of cameras.
-struct QD_Camera_Choice {
-    const char* name;
-    const char* usage; // how it is written in QD_CAMERA
-
-    /// Makes the camera, not open, from what stands behind the colon, empty if
-    /// nothing does. Returns null and says in `why` what is wrong with it.
-    std::unique_ptr<QD_Camera> (*make)(const std::string& argument, std::string& why);
-};
-
-/// The cameras there are; the first is what is used unless told otherwise.
-std::span<const QD_Camera_Choice> qd_camera_choices();
-
-/// Makes the camera that the text of QD_CAMERA asks for ("NAME" or
-/// "NAME:ARGUMENT"); null and empty stand for the default. A text that names
-/// none is told in one line on standard error, and gives the default.
+/// Makes the camera, not open, that the text of QD_CAMERA asks for; see
+/// qd_choose(). The default is the first Video4Linux device that opens. Never null.
 std::unique_ptr<QD_Camera> qd_make_camera(const char* text);

@@ -1,6 +1,7 @@
 #include "platform/vl/capture.h"
 
 #include "platform/net/left_behind.h"
+#include "platform/net/mutex.h"
 
 #include <algorithm>
 #include <cstring>

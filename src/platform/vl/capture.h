@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/net/clock.h"
-#include "platform/net/mutex.h"
 #include "platform/net/thread.h"
 #include "platform/vl/camera.h"
 #include "platform/vl/test_card.h"

@@ -5,7 +5,6 @@
 #include "platform/vl/picture.h"
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 /// ITU-T H.263 baseline (version 1, no optional modes) and H.261, both QCIF.
@@ -53,14 +52,13 @@ private:
     int room_ = 0; // bits that the next picture may take
 };
 
-/// Fills a picture with black.
+/// Fills a picture (QD_PICTURE_SIZE bytes) with black.
 void qd_make_black(char* out);
 
 /// Decodes one stream. One thread at a time. Any bytes may be fed to it.
 class QD_Picture_Decoder {
 public:
     explicit QD_Picture_Decoder(QD_Codec codec);
-    ~QD_Picture_Decoder();
 
     /// Decodes one coded picture. Returns 0 and fills `out` (QD_PICTURE_SIZE
     /// bytes); or -1 with `out` unchanged if no picture came of it: it is not a

@@ -50,8 +50,6 @@ QD_Picture_Decoder::QD_Picture_Decoder(QD_Codec codec) :
         context_.reset();
 }
 
-QD_Picture_Decoder::~QD_Picture_Decoder() = default;
-
 // A header of another size would set the decoder up anew, and one that claims
 // to be intra would count as a place to start from.
 bool QD_Picture_Decoder::is_acceptable(const uint8_t* bits, int len) const

@@ -3,6 +3,8 @@
 
 #include "platform/vl/camera.h"
 
+#include <string>
+
 /// Colour bars, a clock that runs, a block that wanders. `hue` (degrees, any)
 /// tints the ground and sets the block's path, so that several members can be
 /// told apart. Plain painting: the same instant gives the same picture.

@@ -46,7 +46,7 @@ TEST(Reactor, TellsTheExtraDescriptorFromHandlersAndWakes)
 
     wake.raise();
     EXPECT_EQ(reactor.wait(extra.get(), 60000), 0);
-    reactor.remove_wake(wake.get());
+    wake.take();
     handler.wake.raise();
     EXPECT_EQ(reactor.wait(-1, 60000), 0);
     EXPECT_EQ(reactor.dispatch(), 1);
