@@ -133,7 +133,7 @@ TEST(MainWindow, EveryOperationIsAnActionOfTheToolkit)
 
 TEST(MainWindow, CallOpensOneDialogOptionsOneEachTimeAndAllGoWithTheWindow)
 {
-    QD_Program program;
+    Program program;
     const auto dialogs = [](const char* title) {
         const auto& windows = theApplication->windows();
         return std::count_if(windows.begin(), windows.end(),

@@ -1,14 +1,10 @@
 #include "audio/audio_app.h"
 
 #include "platform/net/bytes.h"
-#include "tests/support/fake_views.h"
-#include "tests/support/loopback.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/session.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/wait.h"
 #include "tests/support/wav.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -25,27 +21,12 @@ std::string pcm_payload(int step)
 }
 
 // Microphone: a tone. Loudspeaker: files. The local member has id 1.
-class AudioAppTest : public testing::Test {
+class AudioAppTest : public QD_Session_Test {
 protected:
     AudioAppTest()
     {
-        qd_use_test_address();
-        setenv("HOME", dir_.path().c_str(), 1);
         setenv("QD_MIC", "tone:440", 1);
-        setenv("QD_SPEAKER", ("file:" + dir_.path()).c_str(), 1);
-        session_ = QD_Session_Control::instance();
-        session_->setGUI(nullptr, &form_);
-    }
-    ~AudioAppTest() override
-    {
-        QD_Session_Control::destroy();
-        unsetenv("QD_MIC");
-        unsetenv("QD_SPEAKER");
-    }
-
-    void join(int id, int host)
-    {
-        session_->new_member(new QD_Member(nullptr, id, "m", qd_test_host(host)));
+        setenv("QD_SPEAKER", ("file:" + home_.path()).c_str(), 1);
     }
 
     static int receive(
@@ -65,12 +46,8 @@ protected:
         return figures == nullptr ? -1 : figures->frames_received;
     }
 
-    std::string port(int n) const { return dir_.file("port-" + std::to_string(n) + ".wav"); }
+    std::string port(int n) const { return home_.file("port-" + std::to_string(n) + ".wav"); }
     bool played(int n) const { return !qd_read_wav(port(n)).empty(); }
-
-    QD_Temp_Dir dir_;
-    QD_Fake_Main_View form_;
-    QD_Session_Control* session_;
 };
 
 }

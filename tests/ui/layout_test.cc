@@ -24,16 +24,6 @@ bool overlap(const Box& a, const Box& b)
     return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }
 
-std::vector<Widget> children(Widget parent)
-{
-    std::vector<Widget> managed;
-    if (XtIsComposite(parent))
-        std::copy_if(ui_get<WidgetList>(parent, XmNchildren),
-            ui_get<WidgetList>(parent, XmNchildren) + ui_get<Cardinal>(parent, XmNnumChildren),
-            std::back_inserter(managed), [](Widget child) { return XtIsManaged(child); });
-    return managed;
-}
-
 bool too_small(Widget widget, const Box& box)
 {
     XtWidgetGeometry wanted {};
@@ -46,11 +36,16 @@ bool too_small(Widget widget, const Box& box)
 
 void add_misfits(Widget parent, std::string& misfits)
 {
+    if (!XtIsComposite(parent))
+        return;
     const Box around = box_of(parent);
-    const std::vector<Widget> all = children(parent);
-    for (size_t i = 0; i < all.size(); ++i) {
+    auto* const all = ui_get<WidgetList>(parent, XmNchildren);
+    std::vector<Widget> before;
+    for (Cardinal i = 0; i < ui_get<Cardinal>(parent, XmNnumChildren); ++i) {
+        if (!XtIsManaged(all[i]))
+            continue;
         const Box box = box_of(all[i]);
-        auto report = [&](const std::string& what) {
+        const auto report = [&](const std::string& what) {
             misfits += std::string(XtName(all[i])) + " " + what + "\n";
         };
         if (too_small(all[i], box))
@@ -58,9 +53,10 @@ void add_misfits(Widget parent, std::string& misfits)
         if (box.left < 0 || box.top < 0 || box.right > around.right - around.left
             || box.bottom > around.bottom - around.top)
             report("lies outside");
-        for (size_t j = 0; j < i; ++j)
-            if (overlap(box, box_of(all[j])))
-                report(std::string("covers ") + XtName(all[j]));
+        for (Widget other : before)
+            if (overlap(box, box_of(other)))
+                report(std::string("covers ") + XtName(other));
+        before.push_back(all[i]);
         add_misfits(all[i], misfits);
     }
 }
@@ -127,7 +123,7 @@ TEST(LayoutElsewhere, HoldsWhateverResolutionTheUserHasSet)
     for (const char* resolution : {"72", "96", "192"}) {
         QD_Process::Set_Up other;
         other.environment["QD_TEST_RESOURCES"] = std::string("Xft.dpi: ") + resolution + "\n";
-        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*.EveryTextFits*",
+        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*EveryTextFits*",
                              "--gtest_brief=1"},
                       other),
             0)

@@ -2,8 +2,6 @@
 
 #include "ui/main_form.h"
 
-#include <Xm/Scale.h>
-#include <Xm/ToggleB.h>
 #include <thread>
 
 namespace {
@@ -64,7 +62,7 @@ TEST(MainForm, RemovesTheFirstEqualUserOnly)
 }
 
 // A meter is given what stays dark: silence is the largest value.
-TEST(MainForm, LevelsBecomeUnlitUnitsOnceTheyAreDrawn)
+TEST(MainForm, LevelsOfAnyThreadBecomeUnlitUnitsOnceTheyAreDrawn)
 {
     Form_Window window;
     window.form_.updateLevels();
@@ -81,23 +79,16 @@ TEST(MainForm, LevelsBecomeUnlitUnitsOnceTheyAreDrawn)
     EXPECT_EQ(window.form_._speakerMeter->value(), 0);
     window.form_.setMicLevel(32767);
     EXPECT_EQ(window.form_._micMeter->value(), 110) << "drawn only when asked";
-}
 
-TEST(MainForm, LevelsMayComeFromOtherThreads)
-{
-    Form_Window window;
-    std::thread capture([&] {
-        for (int level = 0; level < 32768; ++level)
+    std::thread media([&] { // levels come from there
+        for (int level = 0; level < 32768; ++level) {
             window.form_.setMicLevel(level);
-    });
-    std::thread receive([&] {
-        for (int level = 32767; level >= 0; --level)
-            window.form_.setSpeakerLevel(level);
+            window.form_.setSpeakerLevel(32767 - level);
+        }
     });
     for (int i = 0; i < 100; ++i)
         window.form_.updateLevels();
-    capture.join();
-    receive.join();
+    media.join();
     window.form_.updateLevels();
     EXPECT_EQ(window.form_._micMeter->value(), 1);
     EXPECT_EQ(window.form_._speakerMeter->value(), 110);
@@ -120,35 +111,4 @@ TEST(MainForm, ACameraSetByItsResourceStartsOnceTheLocalMemberIsKnown)
     Form_Window dark;
     dark.form_.applyStartState(true);
     EXPECT_EQ(dark.media_.take(), Calls {});
-}
-
-TEST(MainForm, TalkCountsInManualModeOnly)
-{
-    Form_Window window;
-    EXPECT_TRUE(XmToggleButtonGetState(window.widget("talkToggle")));
-    struct {
-        const char* toggle;
-        Calls asked;
-    } const clicks[] = {{"talkToggle", {}}, {"talkToggle", {}}, {"manualToggle", {}},
-        {"talkToggle", {"stopAudio"}}, {"talkToggle", {"playAudio"}},
-        {"manualToggle", {"playAudio"}}};
-    for (const auto& click : clicks) {
-        qd_click(window.widget(click.toggle));
-        EXPECT_EQ(window.media_.take(), click.asked) << &click - clicks;
-    }
-}
-
-TEST(MainForm, TheScaleSetsTheCutOffInItsRange)
-{
-    Form_Window window;
-    Widget scale = window.widget("micScale");
-    int value = 30;
-    XmScaleSetValue(scale, value);
-    XmScaleCallbackStruct data {XmCR_VALUE_CHANGED, nullptr, value};
-    XtCallCallbacks(scale, XmNvalueChangedCallback, &data);
-    XmScaleSetValue(scale, 31);
-    XtCallCallbacks(scale, XmNdragCallback, &data);
-    EXPECT_EQ(window.media_.take(), (Calls {"setMicCutoffLevel 30", "setMicCutoffLevel 31"}));
-    EXPECT_EQ(ui_get<int>(scale, XmNminimum), 0);
-    EXPECT_EQ(ui_get<int>(scale, XmNmaximum), 99);
 }

@@ -1,8 +1,6 @@
 #include "tests/ui/ui_test.h"
 
 #include "signalling/session_control.h"
-#include "tests/support/bars.h"
-#include "ui/display_factory.h"
 #include "ui/main_form.h"
 #include "ui/options_window.h"
 
@@ -38,19 +36,6 @@ void open_statistics(int round)
     window.getStatForm()->delFromUsersList("anna@orion");
 }
 
-void open_video(int round)
-{
-    static const std::vector<unsigned char> picture = qd_bars();
-    QD_Display_Windows windows(theApplication->baseWidget());
-    const std::unique_ptr<QD_Display_View> window = windows.make_display("anna@orion");
-    window->show();
-    if (round % 3 > 0)
-        window->draw(picture.data());
-    if (round % 3 > 1)
-        qd_pump();
-    window->setStatistics("1 kbps", "2 fps");
-}
-
 void open_options(int round)
 {
     const char* const pages[] = {"general", "audio", "video"};
@@ -75,8 +60,7 @@ TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
     struct {
         void (*open)(int round);
         size_t kept; // bytes, at most
-    } const cases[]
-        = {{open_main, 9000}, {open_statistics, 7000}, {open_video, 1000}, {open_options, 12000}};
+    } const cases[] = {{open_main, 9000}, {open_statistics, 7000}, {open_options, 12000}};
     for (const auto& c : cases) {
         const auto rounds = [&](int count) {
             for (int round = 0; round < count; ++round)

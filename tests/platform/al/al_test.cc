@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace {
 
@@ -30,31 +29,6 @@ protected:
     ALconfig config_ = ALnewconfig();
 };
 
-}
-
-TEST_F(Al, PortsServeOneDirectionAndConfigurationsTakeWhatTheyCanHave)
-{
-    for (long size : {0L, -1L, 65537L})
-        EXPECT_EQ(ALsetqueuesize(config_, size), -1);
-    EXPECT_EQ(ALsetqueuesize(config_, 65536), 0);
-    EXPECT_EQ(ALsetchannels(config_, 2), -1);
-    EXPECT_EQ(ALsetwidth(config_, 1), -1);
-    EXPECT_FALSE(ALopenport("mic", "r", nullptr));
-    EXPECT_FALSE(ALopenport("mic", "rw", config_));
-
-    std::vector<int16_t> samples(80, 1);
-    ALport mic = ALopenport("mic", "r", config_);
-    ALport speaker = ALopenport("speaker", "w", config_);
-    for (ALport port : {ALport(), mic})
-        EXPECT_EQ(ALwritesamps(port, samples.data(), 80), -1);
-    for (ALport port : {ALport(), speaker})
-        EXPECT_EQ(ALreadsamps(port, samples.data(), 80), -1);
-    EXPECT_EQ(ALreadsamps(mic, samples.data(), -1), -1);
-    EXPECT_EQ(ALwritesamps(speaker, samples.data(), -1), -1);
-    EXPECT_EQ(ALreadsamps(mic, samples.data(), 80), 0);
-    EXPECT_EQ(samples, std::vector<int16_t>(80));
-    ALcloseport(mic);
-    ALcloseport(speaker);
 }
 
 TEST_F(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)

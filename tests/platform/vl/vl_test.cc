@@ -41,13 +41,6 @@ protected:
 
 }
 
-TEST_F(Vl, QcifAndNothingElse)
-{
-    EXPECT_EQ(H263initEncoder(352, 288), -1);
-    EXPECT_EQ(initcapture(352, 288), -1);
-    EXPECT_EQ(H263initEncoder(176, 144), 0);
-}
-
 TEST_F(Vl, StreamsAreDecodedApart)
 {
     qd_set_video_rate(1500, 10);
@@ -75,18 +68,6 @@ TEST_F(Vl, StreamsAreDecodedApart)
         EXPECT_EQ(decode_h263(id, a0), "");
         EXPECT_EQ(static_cast<int>(decode_h261(id, b0)[0]), 16);
         qd_reset_decoder(id);
-    }
-}
-
-TEST_F(Vl, ChangedRatesBeginWithAnIntraPictureAndAbsurdOnesAreTaken)
-{
-    for (auto [kbps, fps] : {std::pair(20.0, 10), {1e300, 1 << 30}, {-5.0, -1}, {0.0, 0}}) {
-        qd_set_video_rate(kbps, fps);
-        const std::string bits = h263(qd_test_picture(3), false);
-        ASSERT_FALSE(bits.empty());
-        qd_reset_decoder(4);
-        EXPECT_NE(decode_h263(4, bits), "");
-        EXPECT_FALSE(h261(qd_test_picture(3), false).empty());
     }
 }
 
