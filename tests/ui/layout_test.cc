@@ -1,7 +1,5 @@
 #include "tests/ui/ui_test.h"
 
-#include "ui/main_form.h"
-
 #include <Xm/Label.h>
 #include <Xm/List.h>
 
@@ -86,16 +84,7 @@ std::vector<std::string> ui_lines(Widget top, const char* name)
 
 TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
 {
-    ui_app();
-    struct Holder : VkSimpleWindow {
-        Holder() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
-        {
-            XtVaSetValues(form_.baseWidget(), XmNwidth, 234, XmNheight, 298, nullptr);
-            addView(&form_);
-            show();
-        }
-        MainForm form_;
-    } window;
+    UI_Main window;
     // Long lines must not push anything about.
     for (int i = 0; i < 30; ++i)
         window.form_.addUserToList("someone.with.a.long.name@some.host.far.away.example.org");

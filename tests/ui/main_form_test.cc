@@ -1,39 +1,16 @@
 #include "tests/ui/ui_test.h"
 
-#include "ui/main_form.h"
-
 #include <thread>
 
 namespace {
 
-struct Form_Window : VkSimpleWindow {
-    explicit Form_Window(const char* form = "mainForm") :
-        VkSimpleWindow((static_cast<void>(ui_app()), "main")),
-        form_(form, mainWindowWidget())
-    {
-        form_.setParent(&media_);
-        addView(&form_);
-        show();
-        qd_pump();
-    }
-    Widget widget(const char* name) { return qd_find(baseWidget(), name); }
-
-    struct Form : MainForm {
-        using MainForm::MainForm;
-        using MainFormUI::_micMeter;
-        using MainFormUI::_speakerMeter;
-    };
-    QD_Fake_Media media_;
-    Form form_;
-};
-
-Calls users(Form_Window& window) { return ui_lines(window.baseWidget(), "usersList"); }
+Calls users(UI_Main& window) { return ui_lines(window.baseWidget(), "usersList"); }
 
 }
 
 TEST(MainForm, ShowsTheLabelsAndStatus)
 {
-    Form_Window window;
+    UI_Main window;
     ui_expect_labels(window.baseWidget(),
         {{"label1", "Status:"}, {"label12", "Mic"}, {"label13", "Speaker"},
             {"label2", "A/V Control"}, {"label3", "Switch:"}, {"manualToggle", "Manual"},
@@ -45,7 +22,7 @@ TEST(MainForm, ShowsTheLabelsAndStatus)
 
 TEST(MainForm, RemovesTheFirstEqualUserOnly)
 {
-    Form_Window window;
+    UI_Main window;
     for (const char* user : {"a\xfe", "b", "a\xff", "b", "c"})
         window.form_.addUserToList(user);
     window.form_.delUserFromList("nobody");
@@ -64,7 +41,7 @@ TEST(MainForm, RemovesTheFirstEqualUserOnly)
 // A meter is given what stays dark: silence is the largest value.
 TEST(MainForm, LevelsOfAnyThreadBecomeUnlitUnitsOnceTheyAreDrawn)
 {
-    Form_Window window;
+    UI_Main window;
     window.form_.updateLevels();
     EXPECT_EQ(window.form_._micMeter->value(), -1) << "nothing to show before the first level";
     EXPECT_EQ(window.form_._micMeter->lit(), 0);
@@ -96,19 +73,19 @@ TEST(MainForm, LevelsOfAnyThreadBecomeUnlitUnitsOnceTheyAreDrawn)
 
 TEST(MainForm, ACameraSetByItsResourceStartsOnceTheLocalMemberIsKnown)
 {
-    Form_Window window("lit");
+    UI_Main window("lit");
     window.form_.applyStartState(false);
     EXPECT_EQ(window.media_.take(), Calls {});
     window.form_.applyStartState(true);
     window.form_.applyStartState(true);
     EXPECT_EQ(window.media_.take(), Calls {"playVideo"}) << "once";
 
-    Form_Window changed("lit"); // the user is faster
+    UI_Main changed("lit"); // the user is faster
     qd_click(changed.widget("toggle"));
     changed.form_.applyStartState(true);
     EXPECT_EQ(changed.media_.take(), Calls {"stopVideo"});
 
-    Form_Window dark;
+    UI_Main dark;
     dark.form_.applyStartState(true);
     EXPECT_EQ(dark.media_.take(), Calls {});
 }

@@ -1,28 +1,11 @@
 #include "tests/ui/ui_test.h"
 
 #include "signalling/session_control.h"
-#include "ui/main_form.h"
 #include "ui/options_window.h"
 
 #include <malloc.h>
 
 namespace {
-
-void open_main(int round)
-{
-    struct Main : VkSimpleWindow {
-        Main() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
-        {
-            addView(&form_);
-            show();
-        }
-        MainForm form_;
-    } window;
-    window.form_.addUserToList("anna@orion");
-    window.form_.updateLevels();
-    if (round % 2 > 0)
-        qd_pump();
-}
 
 void open_statistics(int round)
 {
@@ -60,7 +43,7 @@ TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
     struct {
         void (*open)(int round);
         size_t kept; // bytes, at most
-    } const cases[] = {{open_main, 9000}, {open_statistics, 7000}, {open_options, 12000}};
+    } const cases[] = {{open_statistics, 7000}, {open_options, 12000}};
     for (const auto& c : cases) {
         const auto rounds = [&](int count) {
             for (int round = 0; round < count; ++round)

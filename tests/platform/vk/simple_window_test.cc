@@ -1,6 +1,9 @@
 #include "tests/platform/vk/vk_test.h"
 
 #include "platform/vk/simple_window.h"
+#include "platform/vk/wm_hints.h"
+
+#include <X11/Xutil.h>
 
 namespace {
 
@@ -25,4 +28,18 @@ TEST(VkSimpleWindow, GeometryIsTheUsersForTheFirstAndForNamedWindows)
     EXPECT_EQ(place(*first), "300x200+40+50");
     EXPECT_EQ(place(second), "120x90+400+300");
     first->hide();
+}
+
+TEST(VkConfigureWM, FixesTheSizeOfWhatTheUserMayNotResize)
+{
+    VkTestWindow window("fixed");
+    VkConfigureWM(window.baseWidget(), 1, 0, 1, 1, 0, 1, 1);
+    XtVaSetValues(window.baseWidget(), XtNwidth, 50, XtNheight, 40, nullptr);
+    window.show();
+    qd_pump();
+    XSizeHints hints {};
+    long supplied = 0;
+    XGetWMNormalHints(theApplication->display(), XtWindow(window.baseWidget()), &hints, &supplied);
+    EXPECT_EQ((std::array {hints.min_width, hints.max_width, hints.min_height, hints.max_height}),
+        (std::array {50, 50, 40, 40}));
 }

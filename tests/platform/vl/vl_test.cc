@@ -1,5 +1,6 @@
 #include "platform/vl/vl.h"
 
+#include "platform/vl/test_card.h"
 #include "tests/support/pictures.h"
 
 #include <gtest/gtest.h>
@@ -81,4 +82,16 @@ TEST(Yuv9, ColourIsEnlargedAndItsPlanesChangePlaces)
     EXPECT_EQ(y, src.substr(0, 32));
     EXPECT_EQ(u, "UUuuUUuu");
     EXPECT_EQ(v, "VVvvVVvv");
+}
+
+TEST(TestCard, MovesAndTellsMembersApart)
+{
+    const auto card = [](int hue, long milliseconds) {
+        std::string picture(QD_PICTURE_SIZE, '\0');
+        QD_Test_Card(hue).paint(milliseconds, picture.data());
+        return picture;
+    };
+    EXPECT_NE(card(0, 1000).substr(QD_U_OFFSET), card(120, 1000).substr(QD_U_OFFSET));
+    for (long at = 0; at < 86'400'000; at += 1'234'567)
+        EXPECT_LT(qd_psnr(card(120, at).data(), card(120, at + 1000).data()), 30) << at;
 }
