@@ -111,7 +111,7 @@ protected:
     bool comes_to_send(int type) const
     {
         auto packet = next();
-        for (int more = 100; packet && packet->type != type && more > 0; --more)
+        for (int more = 40; packet && packet->type != type && more > 0; --more)
             packet = next();
         return packet && packet->type == type;
     }
