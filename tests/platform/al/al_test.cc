@@ -12,26 +12,9 @@ long parameter(long name)
     EXPECT_EQ(ALgetparams(AL_DEFAULT_DEVICE, pair, 2), 0);
     return pair[1];
 }
-
-class Al : public testing::Test {
-protected:
-    Al()
-    {
-        setenv("QD_MIC", "silence", 1);
-        setenv("QD_SPEAKER", "null", 1);
-    }
-    ~Al() override
-    {
-        ALfreeconfig(config_);
-        qd_al_shutdown();
-    }
-
-    ALconfig config_ = ALnewconfig();
-};
-
 }
 
-TEST_F(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
+TEST(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
 {
     for (long value : {-2, 0, 1, 254, 257, 255}) {
         const long pairs[] = {AL_LEFT_SPEAKER_GAIN, value, AL_RIGHT_SPEAKER_GAIN, 255 - value,
@@ -48,22 +31,25 @@ TEST_F(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
         EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, pairs, 4), -1);
     }
     EXPECT_EQ(parameter(AL_LEFT_SPEAKER_GAIN), 255);
+    qd_al_shutdown();
 }
 
-TEST_F(Al, TheEnvironmentIsReadOnceUntilAShutDown)
+TEST(Al, TheEnvironmentIsReadOnceUntilAShutDown)
 {
     QD_Temp_Dir dir;
+    ALconfig config = ALnewconfig();
     setenv("QD_SPEAKER", "trumpet", 1);
     testing::internal::CaptureStderr();
     for (int i = 0; i < 3; ++i)
-        ALcloseport(ALopenport("speaker", "w", config_));
+        ALcloseport(ALopenport("speaker", "w", config));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
         "QD_SPEAKER=trumpet: not one of pulse[:SINK] null file:DIR\n");
     for (const char* name : {"one", "two"}) {
         qd_al_shutdown();
         setenv("QD_SPEAKER", ("file:" + dir.file(name)).c_str(), 1);
-        ALcloseport(ALopenport("speaker", "w", config_));
+        ALcloseport(ALopenport("speaker", "w", config));
         qd_al_shutdown();
         EXPECT_EQ(std::filesystem::file_size(dir.file(name) + "/port-1.wav"), 44u) << "complete";
     }
+    ALfreeconfig(config);
 }
