@@ -112,28 +112,9 @@ TEST(MainWindow, MenusHaveTheirTextsAndKeysAndSomeAreNotBuilt)
         EXPECT_EQ(program.find(widget), nullptr) << widget;
 }
 
-// What a key of the user's own calls.
-TEST(MainWindow, EveryOperationIsAnActionOfTheToolkit)
-{
-    Program program;
-    auto* form = dynamic_cast<MainForm*>(QD_Session_Ref()->getMainForm());
-    const auto act = [&](const char* action) {
-        XtCallActionProc(program.find("usersList"), action, nullptr, nullptr, 0);
-    };
-    testing::internal::CaptureStderr();
-    for (const char* action : {"conf", "overview", "users", "chat"})
-        act(action);
-    XtCallCallbacks(program.find("autoToggle"), XmNvalueChangedCallback, nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-        "MainForm::conf: not implemented\nMainForm::overview: not implemented\n"
-        "MainForm::users: not implemented\nMainForm::autoSwitch: not implemented\n");
-    act("statistics");
-    EXPECT_TRUE(form->getStatWnd()->shown());
-}
-
 TEST(MainWindow, CallOpensOneDialogOptionsOneEachTimeAndAllGoWithTheWindow)
 {
-    QD_Program program;
+    Program program;
     const auto dialogs = [](const char* title) {
         const auto& windows = theApplication->windows();
         return std::count_if(windows.begin(), windows.end(),

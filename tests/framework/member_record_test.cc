@@ -31,9 +31,6 @@ TEST(MemberRecord, BothWaysOfAddingSayTheSame)
         EXPECT_EQ(record->id, 7);
         EXPECT_EQ(record->name, "anna");
     }
-    EXPECT_EQ(decode(REMOVE)->id, -2);
-    EXPECT_EQ(decode(">")->command, QD_Member_Record::END);
-    EXPECT_EQ(decode(std::string("=\1\2\3\4\5\6\7\x8\0", 10))->name, "");
 }
 
 TEST(MemberRecord, CutShortAtAnyLengthItIsNothing)

@@ -1,29 +1,24 @@
 #include "framework/orvik_control.h"
 
 #include "tests/support/framework.h"
-
-#include <chrono>
-#include <gtest/gtest.h>
+#include "tests/support/session.h"
 
 namespace {
 
 // The controller under test, launched by a framework that the test plays.
-class OrvikControlTest : public testing::Test {
+class OrvikControlTest : public QD_Session_Test {
 protected:
     OrvikControlTest()
     {
-        qd_use_test_address();
         std::string port = framework_.port();
         char number[] = "1";
         char* argv[] = {number, number, number, number, port.data(), nullptr};
         control_ = std::make_unique<QD_Orvik_Control>(5, argv);
         framework_.accept();
     }
-    ~OrvikControlTest() override { session_->reset(); }
 
     void say(const std::string& payload) { framework_.send_event(9, payload); }
 
-    QD_Session_Ref session_;
     QD_Test_Framework framework_;
     std::unique_ptr<QD_Orvik_Control> control_;
 };
@@ -78,7 +73,6 @@ TEST_F(OrvikControlTest, ADisplayRequestEndsTheWaitOnce)
     EXPECT_EQ(control_->handle_events(10000), 0);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
     EXPECT_FALSE(session_->get_wake().take());
-    session_->set_reactor(nullptr);
 }
 
 TEST_F(OrvikControlTest, MessagesGoOutAsEventsOfTypeThirty)

@@ -2,15 +2,15 @@
 #include "tests/fuzz/fuzz.h"
 
 // A URL.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    const std::string text(data, data + size);
+    const std::string text = input.rest();
     std::string hidden = text;
     qd_hide_password(hidden.data());
 
     QD_Broker_Url url;
     if (!QD_Broker_Url::parse(text, url).empty() || !url.secret_trouble().empty())
-        return 0;
+        return;
     QD_Broker_Url again;
     qd_require(QD_Broker_Url::parse(url.text(), again).empty());
     qd_require(again.text() == url.text() && again.password_ == url.password_
@@ -18,5 +18,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QD_Broker_Url stars;
     if (QD_Broker_Url::parse(hidden, stars).empty()) // too many of them are no password
         qd_require(stars.password_.find_first_not_of('*') == std::string::npos);
-    return 0;
 }

@@ -6,9 +6,8 @@
 #include "signalling/session_control.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/support/fake_views.h"
-
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include "tests/support/loopback.h"
+#include "tests/support/udp_peer.h"
 
 /// An input is one chunk a datagram. Members 1, 2 and 3 join before them and leave behind them, so
 /// that every input begins with fresh ports, decoders and figures.
@@ -19,11 +18,7 @@ public:
         session_->setGUI(nullptr, &form_);
         session_->set_display_factory(&displays_);
         app_->stop();
-        qd_bind(in_.get(), htonl(INADDR_LOOPBACK), 0);
-        sockaddr_in own {};
-        socklen_t size = sizeof own;
-        ::getsockname(in_.get(), reinterpret_cast<sockaddr*>(&own), &size);
-        qd_require(::connect(out_.get(), reinterpret_cast<const sockaddr*>(&own), size) == 0);
+        qd_require(qd_bind(in_.get(), qd_test_host(1), PORT) == 0 && out_.bound());
     }
     ~QD_Datagrams()
     {
@@ -40,7 +35,7 @@ public:
             const std::string datagram = input.chunk();
             if (datagram.empty()) // the kernel drops it
                 continue;
-            qd_require(::send(out_.get(), datagram.data(), datagram.size(), 0) > 0);
+            qd_require(out_.send(datagram, qd_test_host(1)));
             qd_require(reader_.receive(in_.get()) == 0);
             session_->handle_member_events();
         }
@@ -51,11 +46,12 @@ public:
     }
 
 private:
+    static constexpr uint16_t PORT = 23456;
     QD_Session_Control* const session_ = QD_Session_Control::instance();
     QD_Fake_Main_View form_;
     QD_Fake_Displays displays_;
     std::unique_ptr<APP> app_ = std::make_unique<APP>();
     QD_AppReadThread reader_ {app_.get()};
     QD_Fd in_ = qd_open_media_socket();
-    QD_Fd out_ = qd_open_media_socket();
+    QD_Udp_Peer out_ {qd_test_host(2), PORT};
 };

@@ -32,11 +32,9 @@ struct Client {
 
 // Events: a byte for the type, a chunk for the payload. Those that are torn or too long end the
 // process; the tests of the link see to them.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    [[maybe_unused]] static const bool prepared = (qd_fuzz_environment(), true);
     static Client client;
-    QD_Fuzz_Input input(data, size);
     while (!input.empty()) {
         const int type = input.byte();
         const std::string payload = input.chunk();
@@ -48,5 +46,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     client.session->reset();
     client.form.statuses.clear();
     client.form.stat.users.clear();
-    return 0;
 }

@@ -1,5 +1,5 @@
-// What the fuzzers share. Each is one function from bytes to whatever they make the code under test
-// do; the sanitizers, and qd_require(), say whether that was right.
+// What the fuzzers share. Each is one function from an input to whatever it makes the code under
+// test do; the sanitizers, and qd_require(), say whether that was right.
 #pragma once
 
 #include <algorithm>
@@ -8,8 +8,13 @@
 #include <cstdlib>
 #include <span>
 #include <string>
+#include <utility>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+class QD_Fuzz_Input;
+
+/// What a fuzzer does with an input. Nothing is read from or written to a home meanwhile, and this
+/// machine is 127.0.0.1.
+void qd_fuzz(QD_Fuzz_Input input);
 
 /// What must hold whatever the input is.
 inline void qd_require(bool holds)
@@ -45,16 +50,13 @@ public:
         return taken;
     }
 
+    /// All that is left.
+    std::string rest()
+    {
+        const auto left = std::exchange(rest_, {});
+        return {left.begin(), left.end()};
+    }
+
 private:
     std::span<const uint8_t> rest_;
 };
-
-/// Nothing is read from or written to a home, and this machine is 127.0.0.1.
-inline void qd_fuzz_environment()
-{
-    unsetenv("HOME");
-    setenv("QD_LOCAL_ADDRESS", "127.0.0.1", 1);
-    setenv("QD_MIC", "silence", 1);
-    setenv("QD_SPEAKER", "null", 1);
-    setenv("QD_CAMERA", "testcard", 1);
-}

@@ -20,9 +20,8 @@ void require_understood(const std::string& name)
 }
 
 // A client's stream in chunks: its registration, then events.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    QD_Fuzz_Input input(data, size);
     int ends[2];
     qd_require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
     QD_Event_Link link {QD_Fd(ends[0])};
@@ -45,5 +44,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         if (taken < 0)
             break;
     }
-    return 0;
 }

@@ -44,9 +44,8 @@ std::string record_of(QD_Fuzz_Input& input, uint32_t sequence)
 }
 
 // What the broker and the clock bring, a byte each and what belongs to it.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    QD_Fuzz_Input input(data, size);
     Told told;
     std::string published;
     QD_Membership membership({"user/r", "bernt", 0x0a000001},
@@ -82,5 +81,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         else if (input.byte() == 0)
             membership.leave();
     }
-    return 0;
 }

@@ -2,9 +2,8 @@
 #include "tests/fuzz/fuzz.h"
 
 // A byte that chooses the codec, then one chunk a picture.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    QD_Fuzz_Input input(data, size);
     QD_Picture_Decoder decoder(input.byte() % 2 == 0 ? QD_Codec::H263 : QD_Codec::H261);
     const auto picture = std::make_unique<char[]>(QD_PICTURE_SIZE);
     while (!input.empty()) {
@@ -12,5 +11,4 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         decoder.decode(bits.data(), static_cast<int>(bits.size()), picture.get());
     }
     decoder.get_last(picture.get());
-    return 0;
 }

@@ -2,11 +2,10 @@
 #include "tests/fuzz/fuzz.h"
 
 // One record, as it lies on the broker.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    const std::string line(data, data + size);
+    const std::string line = input.rest();
     QD_Presence presence;
     if (presence.decode(line).empty())
         qd_require(presence.encode() == line);
-    return 0;
 }

@@ -1,19 +1,17 @@
 // Feeds one fuzzer its corpus: what seeded it and what it once found. usage: fuzz_NAME DIRECTORY
-#include "tests/fuzz/fuzz.h"
+#include "tests/support/temp_dir.h"
 
+#include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 int main(int argc, char** argv)
 {
     int replayed = 0;
     for (const auto& entry : std::filesystem::directory_iterator(argc > 1 ? argv[1] : "")) {
         fprintf(stderr, "%s\n", entry.path().c_str()); // the last one is the culprit
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
+        const std::string bytes = qd_read_file(entry.path());
         LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
         ++replayed;
     }

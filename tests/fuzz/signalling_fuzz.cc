@@ -76,13 +76,10 @@ private:
 
 // Whether invitations are accepted at once, then what happens: bytes on one of the streams, in
 // whatever fragments, time, and what the user does. Each is two bytes and a chunk.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
-    qd_fuzz_environment();
-    QD_Fuzz_Input input(data, size);
     Client client;
     client.session_->get_options()->auto_accept = input.byte() % 2;
     while (!input.empty())
         client.obey(input);
-    return 0;
 }

@@ -9,7 +9,6 @@ namespace {
 // No trace is written where no file can be made.
 QD_Datagrams<QD_VideoApp>* make()
 {
-    qd_fuzz_environment();
     const QD_Fd here(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     qd_require(::chdir("/proc") == 0);
     auto* video = new QD_Datagrams<QD_VideoApp>;
@@ -19,9 +18,8 @@ QD_Datagrams<QD_VideoApp>* make()
 
 }
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void qd_fuzz(QD_Fuzz_Input input)
 {
     static const std::unique_ptr<QD_Datagrams<QD_VideoApp>> video(make());
-    video->feed({data, size});
-    return 0;
+    video->feed(input);
 }

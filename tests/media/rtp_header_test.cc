@@ -29,10 +29,3 @@ TEST(RtpHeader, AgreesWithTheWireImageBothWays)
         EXPECT_EQ(rtp_fix_header::decode(c.wire), c.header);
     }
 }
-
-TEST(RtpHeader, CutsFieldsThatAreTooWide)
-{
-    Wire out {};
-    rtp_fix_header {2, 0, 0, 16 + 1, 0, 128 + 13, 0, 0, 0}.encode(out);
-    EXPECT_EQ(out, (Wire {0x81, 13}));
-}

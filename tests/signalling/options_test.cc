@@ -28,16 +28,6 @@ Image image_by_hand()
     return image;
 }
 
-class OptionsFileTest : public testing::Test {
-protected:
-    OptionsFileTest() { setenv("HOME", home_.path().c_str(), 1); }
-
-    std::string file() const { return home_.file(".qd.cfg"); }
-
-    QD_Temp_Dir home_;
-    _options options_;
-};
-
 }
 
 TEST(Options, AgreeWithTheFileImageBothWays)
@@ -70,34 +60,38 @@ TEST(Options, TextsWithoutAnEndAreCutAndPaddingIsZero)
     EXPECT_EQ(strlen(options.server_name), 99u);
     Image out;
     options.encode(out);
-    EXPECT_EQ(out[57], 0);
-    EXPECT_EQ(out[258] + out[259], 0);
+    EXPECT_EQ(out[57] + out[258] + out[259], 0);
 }
 
-TEST_F(OptionsFileTest, NoUsableHomeIsNoFile)
+TEST(OptionsFile, NoUsableHomeIsNoFile)
 {
-    setenv("HOME", ("/" + std::string(191, 'h')).c_str(), 1); // 200 characters with the name
-    EXPECT_EQ(qd_write_options_file(options_), -1);
-    EXPECT_EQ(qd_read_options_file(&options_), -1);
-    setenv("HOME", "/nowhere", 1);
-    EXPECT_EQ(qd_write_options_file(options_), -1);
+    const std::string too_long = "/" + std::string(191, 'h'); // 200 characters with the name
+    _options options;
+    for (const char* home : {too_long.c_str(), "/nowhere"}) {
+        setenv("HOME", home, 1);
+        EXPECT_EQ(qd_write_options_file(options), -1);
+        EXPECT_EQ(qd_read_options_file(&options), -1);
+    }
     unsetenv("HOME");
-    EXPECT_EQ(qd_write_options_file(options_), -1);
-    EXPECT_EQ(qd_read_options_file(&options_), -1);
+    EXPECT_EQ(qd_write_options_file(options), -1);
+    EXPECT_EQ(qd_read_options_file(&options), -1);
 }
 
-TEST_F(OptionsFileTest, AFullDiskLeavesTheOldFile)
+TEST(OptionsFile, AFullDiskLeavesTheOldFile)
 {
-    ASSERT_EQ(qd_write_options_file(options_), 0);
-    const std::string before = qd_read_file(file());
-    options_.volume = 1;
+    const QD_Temp_Dir home;
+    setenv("HOME", home.path().c_str(), 1);
+    _options options;
+    ASSERT_EQ(qd_write_options_file(options), 0);
+    const std::string before = qd_read_file(home.file(".qd.cfg"));
+    options.volume = 1;
     signal(SIGXFSZ, SIG_IGN);
     rlimit old {};
     getrlimit(RLIMIT_FSIZE, &old);
     const rlimit full {100, old.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
-    EXPECT_EQ(qd_write_options_file(options_), -1);
+    EXPECT_EQ(qd_write_options_file(options), -1);
     setrlimit(RLIMIT_FSIZE, &old);
-    EXPECT_EQ(qd_read_file(file()), before);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home_.path()), {}), 1);
+    EXPECT_EQ(qd_read_file(home.file(".qd.cfg")), before);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(home.path()), {}), 1);
 }

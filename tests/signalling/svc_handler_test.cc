@@ -1,20 +1,12 @@
 #include "signalling/svc_handler.h"
 
-#include "signalling/qd_message.h"
-#include "signalling/session_control.h"
-#include "tests/support/fake_views.h"
-#include "tests/support/loopback.h"
-#include "tests/support/stream_pair.h"
-#include "tests/support/temp_dir.h"
-#include "tests/support/test_clock.h"
+#include "tests/signalling/stream_test.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 
 using testing::ElementsAre;
 using testing::StartsWith;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -25,7 +17,7 @@ std::string header(int tag, uint32_t size = 0)
     return qd_header_image(tag, 0, "bob", HOST, size);
 }
 
-class SvcHandlerTest : public testing::Test {
+class SvcHandlerTest : public QD_Stream_Test {
 protected:
     // The peer's end of a stream that was accepted.
     struct Guest : QD_Stream_Pair {
@@ -39,19 +31,13 @@ protected:
 
     SvcHandlerTest()
     {
-        qd_use_test_address();
-        setenv("HOME", home_.path().c_str(), 1);
-        session_ = QD_Session_Control::instance();
-        session_->setGUI(nullptr, &form_);
         session_->get_options()->auto_accept = 0;
         testing::internal::CaptureStdout();
     }
     ~SvcHandlerTest() override
     {
-        if (const std::string text = printed(); HasFailure())
+        if (const std::string text = testing::internal::GetCapturedStdout(); HasFailure())
             fputs(text.c_str(), stdout);
-        reactor_.clear();
-        QD_Session_Control::destroy();
     }
 
     Guest accept()
@@ -65,30 +51,14 @@ protected:
         return guest;
     }
 
-    // Passes of the control loop until nothing is ready.
-    void run()
+    // What was printed since the last look.
+    static std::string printed()
     {
-        do
-            reactor_.wait(-1, 0);
-        while (reactor_.dispatch() > 0);
+        std::string text = testing::internal::GetCapturedStdout();
+        testing::internal::CaptureStdout();
+        return text;
     }
 
-    // Seconds go by, a pass in each.
-    void pass(int seconds)
-    {
-        for (int i = 0; i < seconds; ++i) {
-            clock_.pass(1s);
-            run();
-        }
-    }
-
-    std::string printed() { return testing::internal::GetCapturedStdout(); }
-
-    QD_Temp_Dir home_;
-    QD_Test_Clock clock_;
-    Reactor reactor_ {clock_};
-    QD_Fake_Main_View form_;
-    QD_Session_Control* session_;
     std::shared_ptr<void> place_ = std::make_shared<int>();
 };
 
@@ -114,7 +84,6 @@ TEST_F(SvcHandlerTest, MessagesAreServedAsTheyBecomeComplete)
         StartsWith("QD_Msg_Header: received message of type 62 from 10.0.0.5, size 35\n"
                    "QD_Message: received message of type 62 from 10.0.0.5\n"
                    "QD_Msg_Header: received message of type 7"));
-    testing::internal::CaptureStdout();
     EXPECT_FALSE(bob.ended());
 }
 
@@ -263,9 +232,8 @@ TEST_F(SvcHandlerTest, AFloodIsTakenInDoses)
         many += header(7);
     flood.send(many);
     other.send(header(62, 8) + std::string(8, '\0'));
-    const auto taken = [&] {
+    const auto taken = [] {
         const std::string text = printed();
-        testing::internal::CaptureStdout();
         return std::count(text.begin(), text.end(), '\n') / 2;
     };
     reactor_.wait(-1, 0);
@@ -285,10 +253,13 @@ TEST_F(SvcHandlerTest, AFloodIsTakenInDoses)
 TEST_F(SvcHandlerTest, NobodyKeepsAStreamThatHasGone)
 {
     const Guest bob = accept();
-    bob.send(qd_header_image(3, 5, "bob", HOST, 0) + header(62, 8) + std::string(8, '\0'));
+    for (int id : {5, 6})
+        bob.send(qd_header_image(3, id, "bob", HOST, 0));
+    bob.send(header(62, 8) + std::string(8, '\0'));
     run();
     reactor_.clear();
     EXPECT_TRUE(bob.ended());
     EXPECT_EQ(session_->get_member(5)->get_stream(), nullptr);
+    EXPECT_EQ(session_->get_member(6)->get_stream(), nullptr);
     EXPECT_EQ(session_->accept_invitation(), -1);
 }

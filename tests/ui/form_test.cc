@@ -1,6 +1,5 @@
 #include "tests/ui/ui_test.h"
 
-#include "platform/vk/component_class.h"
 #include "signalling/session_control.h"
 #include "ui/call_window.h"
 
@@ -76,17 +75,4 @@ TEST(Form, EveryWayOutClosesTheDialogAndOnlyCallCalls)
         EXPECT_TRUE(qd_pump_until([&] { return dialog.window_ == nullptr; }));
         EXPECT_EQ(dialog.called(), way.calls) << "even with nothing typed";
     }
-}
-
-TEST(Form, WithoutAWindowAroundItTheFormStays)
-{
-    Dialog dialog;
-    RegisterFormInterface();
-    auto form = VkMakeByClass("Form", "lone", dialog.window_->mainWindowWidget());
-    ASSERT_NE(form, nullptr);
-    form->show();
-    qd_pump();
-    qd_click(qd_find(form->baseWidget(), "callButton"));
-    EXPECT_TRUE(dialog.called());
-    EXPECT_TRUE(qd_on_screen(form->baseWidget()));
 }

@@ -1,7 +1,5 @@
 #include "tests/ui/ui_test.h"
 
-#include "ui/main_form.h"
-
 #include <Xm/Label.h>
 #include <Xm/List.h>
 
@@ -24,16 +22,6 @@ bool overlap(const Box& a, const Box& b)
     return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }
 
-std::vector<Widget> children(Widget parent)
-{
-    std::vector<Widget> managed;
-    if (XtIsComposite(parent))
-        std::copy_if(ui_get<WidgetList>(parent, XmNchildren),
-            ui_get<WidgetList>(parent, XmNchildren) + ui_get<Cardinal>(parent, XmNnumChildren),
-            std::back_inserter(managed), [](Widget child) { return XtIsManaged(child); });
-    return managed;
-}
-
 bool too_small(Widget widget, const Box& box)
 {
     XtWidgetGeometry wanted {};
@@ -46,11 +34,16 @@ bool too_small(Widget widget, const Box& box)
 
 void add_misfits(Widget parent, std::string& misfits)
 {
+    if (!XtIsComposite(parent))
+        return;
     const Box around = box_of(parent);
-    const std::vector<Widget> all = children(parent);
-    for (size_t i = 0; i < all.size(); ++i) {
+    auto* const all = ui_get<WidgetList>(parent, XmNchildren);
+    std::vector<Widget> before;
+    for (Cardinal i = 0; i < ui_get<Cardinal>(parent, XmNnumChildren); ++i) {
+        if (!XtIsManaged(all[i]))
+            continue;
         const Box box = box_of(all[i]);
-        auto report = [&](const std::string& what) {
+        const auto report = [&](const std::string& what) {
             misfits += std::string(XtName(all[i])) + " " + what + "\n";
         };
         if (too_small(all[i], box))
@@ -58,9 +51,10 @@ void add_misfits(Widget parent, std::string& misfits)
         if (box.left < 0 || box.top < 0 || box.right > around.right - around.left
             || box.bottom > around.bottom - around.top)
             report("lies outside");
-        for (size_t j = 0; j < i; ++j)
-            if (overlap(box, box_of(all[j])))
-                report(std::string("covers ") + XtName(all[j]));
+        for (Widget other : before)
+            if (overlap(box, box_of(other)))
+                report(std::string("covers ") + XtName(other));
+        before.push_back(all[i]);
         add_misfits(all[i], misfits);
     }
 }
@@ -90,16 +84,7 @@ std::vector<std::string> ui_lines(Widget top, const char* name)
 
 TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
 {
-    ui_app();
-    struct Holder : VkSimpleWindow {
-        Holder() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
-        {
-            XtVaSetValues(form_.baseWidget(), XmNwidth, 234, XmNheight, 298, nullptr);
-            addView(&form_);
-            show();
-        }
-        MainForm form_;
-    } window;
+    UI_Main window;
     // Long lines must not push anything about.
     for (int i = 0; i < 30; ++i)
         window.form_.addUserToList("someone.with.a.long.name@some.host.far.away.example.org");
@@ -127,7 +112,7 @@ TEST(LayoutElsewhere, HoldsWhateverResolutionTheUserHasSet)
     for (const char* resolution : {"72", "96", "192"}) {
         QD_Process::Set_Up other;
         other.environment["QD_TEST_RESOURCES"] = std::string("Xft.dpi: ") + resolution + "\n";
-        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*.EveryTextFits*",
+        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*EveryTextFits*",
                              "--gtest_brief=1"},
                       other),
             0)

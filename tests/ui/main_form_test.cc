@@ -1,41 +1,16 @@
 #include "tests/ui/ui_test.h"
 
-#include "ui/main_form.h"
-
-#include <Xm/Scale.h>
-#include <Xm/ToggleB.h>
 #include <thread>
 
 namespace {
 
-struct Form_Window : VkSimpleWindow {
-    explicit Form_Window(const char* form = "mainForm") :
-        VkSimpleWindow((static_cast<void>(ui_app()), "main")),
-        form_(form, mainWindowWidget())
-    {
-        form_.setParent(&media_);
-        addView(&form_);
-        show();
-        qd_pump();
-    }
-    Widget widget(const char* name) { return qd_find(baseWidget(), name); }
-
-    struct Form : MainForm {
-        using MainForm::MainForm;
-        using MainFormUI::_micMeter;
-        using MainFormUI::_speakerMeter;
-    };
-    QD_Fake_Media media_;
-    Form form_;
-};
-
-Calls users(Form_Window& window) { return ui_lines(window.baseWidget(), "usersList"); }
+Calls users(UI_Main& window) { return ui_lines(window.baseWidget(), "usersList"); }
 
 }
 
 TEST(MainForm, ShowsTheLabelsAndStatus)
 {
-    Form_Window window;
+    UI_Main window;
     ui_expect_labels(window.baseWidget(),
         {{"label1", "Status:"}, {"label12", "Mic"}, {"label13", "Speaker"},
             {"label2", "A/V Control"}, {"label3", "Switch:"}, {"manualToggle", "Manual"},
@@ -47,7 +22,7 @@ TEST(MainForm, ShowsTheLabelsAndStatus)
 
 TEST(MainForm, RemovesTheFirstEqualUserOnly)
 {
-    Form_Window window;
+    UI_Main window;
     for (const char* user : {"a\xfe", "b", "a\xff", "b", "c"})
         window.form_.addUserToList(user);
     window.form_.delUserFromList("nobody");
@@ -64,9 +39,9 @@ TEST(MainForm, RemovesTheFirstEqualUserOnly)
 }
 
 // A meter is given what stays dark: silence is the largest value.
-TEST(MainForm, LevelsBecomeUnlitUnitsOnceTheyAreDrawn)
+TEST(MainForm, LevelsOfAnyThreadBecomeUnlitUnitsOnceTheyAreDrawn)
 {
-    Form_Window window;
+    UI_Main window;
     window.form_.updateLevels();
     EXPECT_EQ(window.form_._micMeter->value(), -1) << "nothing to show before the first level";
     EXPECT_EQ(window.form_._micMeter->lit(), 0);
@@ -81,23 +56,16 @@ TEST(MainForm, LevelsBecomeUnlitUnitsOnceTheyAreDrawn)
     EXPECT_EQ(window.form_._speakerMeter->value(), 0);
     window.form_.setMicLevel(32767);
     EXPECT_EQ(window.form_._micMeter->value(), 110) << "drawn only when asked";
-}
 
-TEST(MainForm, LevelsMayComeFromOtherThreads)
-{
-    Form_Window window;
-    std::thread capture([&] {
-        for (int level = 0; level < 32768; ++level)
+    std::thread media([&] { // levels come from there
+        for (int level = 0; level < 32768; ++level) {
             window.form_.setMicLevel(level);
-    });
-    std::thread receive([&] {
-        for (int level = 32767; level >= 0; --level)
-            window.form_.setSpeakerLevel(level);
+            window.form_.setSpeakerLevel(32767 - level);
+        }
     });
     for (int i = 0; i < 100; ++i)
         window.form_.updateLevels();
-    capture.join();
-    receive.join();
+    media.join();
     window.form_.updateLevels();
     EXPECT_EQ(window.form_._micMeter->value(), 1);
     EXPECT_EQ(window.form_._speakerMeter->value(), 110);
@@ -105,50 +73,19 @@ TEST(MainForm, LevelsMayComeFromOtherThreads)
 
 TEST(MainForm, ACameraSetByItsResourceStartsOnceTheLocalMemberIsKnown)
 {
-    Form_Window window("lit");
+    UI_Main window("lit");
     window.form_.applyStartState(false);
     EXPECT_EQ(window.media_.take(), Calls {});
     window.form_.applyStartState(true);
     window.form_.applyStartState(true);
     EXPECT_EQ(window.media_.take(), Calls {"playVideo"}) << "once";
 
-    Form_Window changed("lit"); // the user is faster
+    UI_Main changed("lit"); // the user is faster
     qd_click(changed.widget("toggle"));
     changed.form_.applyStartState(true);
     EXPECT_EQ(changed.media_.take(), Calls {"stopVideo"});
 
-    Form_Window dark;
+    UI_Main dark;
     dark.form_.applyStartState(true);
     EXPECT_EQ(dark.media_.take(), Calls {});
-}
-
-TEST(MainForm, TalkCountsInManualModeOnly)
-{
-    Form_Window window;
-    EXPECT_TRUE(XmToggleButtonGetState(window.widget("talkToggle")));
-    struct {
-        const char* toggle;
-        Calls asked;
-    } const clicks[] = {{"talkToggle", {}}, {"talkToggle", {}}, {"manualToggle", {}},
-        {"talkToggle", {"stopAudio"}}, {"talkToggle", {"playAudio"}},
-        {"manualToggle", {"playAudio"}}};
-    for (const auto& click : clicks) {
-        qd_click(window.widget(click.toggle));
-        EXPECT_EQ(window.media_.take(), click.asked) << &click - clicks;
-    }
-}
-
-TEST(MainForm, TheScaleSetsTheCutOffInItsRange)
-{
-    Form_Window window;
-    Widget scale = window.widget("micScale");
-    int value = 30;
-    XmScaleSetValue(scale, value);
-    XmScaleCallbackStruct data {XmCR_VALUE_CHANGED, nullptr, value};
-    XtCallCallbacks(scale, XmNvalueChangedCallback, &data);
-    XmScaleSetValue(scale, 31);
-    XtCallCallbacks(scale, XmNdragCallback, &data);
-    EXPECT_EQ(window.media_.take(), (Calls {"setMicCutoffLevel 30", "setMicCutoffLevel 31"}));
-    EXPECT_EQ(ui_get<int>(scale, XmNminimum), 0);
-    EXPECT_EQ(ui_get<int>(scale, XmNmaximum), 99);
 }

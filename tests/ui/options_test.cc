@@ -57,7 +57,7 @@ struct Dialog {
 
 }
 
-TEST(Options, SaysWhatItSays)
+TEST(Options, SaysWhatItSaysAndEveryTextFitsOnEveryPage)
 {
     Dialog dialog;
     EXPECT_EQ(dialog.window_->title(), "Options");
@@ -74,11 +74,7 @@ TEST(Options, SaysWhatItSays)
     EXPECT_TRUE(XmStringCompare(title, VkString("Frame rate").get()));
     XmStringFree(title);
     EXPECT_EQ(dialog.text("audioModeText"), "Full Duplex");
-}
 
-TEST(Options, EveryTextFitsOnEveryPage)
-{
-    Dialog dialog;
     EXPECT_EQ(ui_size(dialog.widget("optionsForm")), "314x380");
     for (const char* page : {"general", "audio", "video"}) {
         dialog.front(page);

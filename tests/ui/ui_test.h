@@ -5,6 +5,7 @@
 
 #include "signalling/views.h"
 #include "tests/support/x_app.h"
+#include "ui/main_form.h"
 
 #include <Xm/TextF.h>
 #include <string>
@@ -15,9 +16,9 @@ inline QD_Test_App& ui_app()
     return QD_Test_App::get({"-xrm", "*statWindow.geometry: +300+7", "-xrm",
         "*statCloseButton.labelString: Schlie\xc3\x9f"
         "en",
-        "-xrm", "*shown.showStatistics: True", "-xrm", "*lit*toggle.set: True", "-xrm",
-        "*placed.videoX: 620", "-xrm", "*placed.videoY: 30", "-xrm", "*placed.videoStepX: 200",
-        "-xrm", "*placed.videoStepY: 300"});
+        "-xrm", "*lit*toggle.set: True", "-xrm", "*placed.videoX: 620", "-xrm",
+        "*placed.videoY: 30", "-xrm", "*placed.videoStepX: 200", "-xrm",
+        "*placed.videoStepY: 300"});
 }
 
 /// Writes down what the forms ask of the media.
@@ -39,6 +40,29 @@ struct QD_Fake_Media : QD_Media_Control {
 };
 
 using Calls = std::vector<std::string>;
+
+/// A main form of its usual size in a window of its own.
+struct UI_Main : VkSimpleWindow {
+    explicit UI_Main(const char* form = "mainForm") :
+        VkSimpleWindow((static_cast<void>(ui_app()), "main")),
+        form_(form, mainWindowWidget())
+    {
+        XtVaSetValues(form_.baseWidget(), XmNwidth, 234, XmNheight, 298, nullptr);
+        form_.setParent(&media_);
+        addView(&form_);
+        show();
+        qd_pump();
+    }
+    Widget widget(const char* name) { return qd_find(baseWidget(), name); }
+
+    struct Form : MainForm {
+        using MainForm::MainForm;
+        using MainFormUI::_micMeter;
+        using MainFormUI::_speakerMeter;
+    };
+    QD_Fake_Media media_;
+    Form form_;
+};
 
 template <typename Value> Value ui_get(Widget widget, const char* resource)
 {

@@ -1,30 +1,11 @@
 #include "tests/ui/ui_test.h"
 
 #include "signalling/session_control.h"
-#include "tests/support/bars.h"
-#include "ui/display_factory.h"
-#include "ui/main_form.h"
 #include "ui/options_window.h"
 
 #include <malloc.h>
 
 namespace {
-
-void open_main(int round)
-{
-    struct Main : VkSimpleWindow {
-        Main() : VkSimpleWindow("main"), form_("mainForm", mainWindowWidget())
-        {
-            addView(&form_);
-            show();
-        }
-        MainForm form_;
-    } window;
-    window.form_.addUserToList("anna@orion");
-    window.form_.updateLevels();
-    if (round % 2 > 0)
-        qd_pump();
-}
 
 void open_statistics(int round)
 {
@@ -36,19 +17,6 @@ void open_statistics(int round)
     if (round % 3 > 0)
         window.hide();
     window.getStatForm()->delFromUsersList("anna@orion");
-}
-
-void open_video(int round)
-{
-    static const std::vector<unsigned char> picture = qd_bars();
-    QD_Display_Windows windows(theApplication->baseWidget());
-    const std::unique_ptr<QD_Display_View> window = windows.make_display("anna@orion");
-    window->show();
-    if (round % 3 > 0)
-        window->draw(picture.data());
-    if (round % 3 > 1)
-        qd_pump();
-    window->setStatistics("1 kbps", "2 fps");
 }
 
 void open_options(int round)
@@ -75,8 +43,7 @@ TEST(Windows, OpenedAndClosedTwoHundredTimesLeaveNothing)
     struct {
         void (*open)(int round);
         size_t kept; // bytes, at most
-    } const cases[]
-        = {{open_main, 9000}, {open_statistics, 7000}, {open_video, 1000}, {open_options, 12000}};
+    } const cases[] = {{open_statistics, 7000}, {open_options, 12000}};
     for (const auto& c : cases) {
         const auto rounds = [&](int count) {
             for (int round = 0; round < count; ++round)

@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace {
 
@@ -13,51 +12,9 @@ long parameter(long name)
     EXPECT_EQ(ALgetparams(AL_DEFAULT_DEVICE, pair, 2), 0);
     return pair[1];
 }
-
-class Al : public testing::Test {
-protected:
-    Al()
-    {
-        setenv("QD_MIC", "silence", 1);
-        setenv("QD_SPEAKER", "null", 1);
-    }
-    ~Al() override
-    {
-        ALfreeconfig(config_);
-        qd_al_shutdown();
-    }
-
-    ALconfig config_ = ALnewconfig();
-};
-
 }
 
-TEST_F(Al, PortsServeOneDirectionAndConfigurationsTakeWhatTheyCanHave)
-{
-    for (long size : {0L, -1L, 65537L})
-        EXPECT_EQ(ALsetqueuesize(config_, size), -1);
-    EXPECT_EQ(ALsetqueuesize(config_, 65536), 0);
-    EXPECT_EQ(ALsetchannels(config_, 2), -1);
-    EXPECT_EQ(ALsetwidth(config_, 1), -1);
-    EXPECT_FALSE(ALopenport("mic", "r", nullptr));
-    EXPECT_FALSE(ALopenport("mic", "rw", config_));
-
-    std::vector<int16_t> samples(80, 1);
-    ALport mic = ALopenport("mic", "r", config_);
-    ALport speaker = ALopenport("speaker", "w", config_);
-    for (ALport port : {ALport(), mic})
-        EXPECT_EQ(ALwritesamps(port, samples.data(), 80), -1);
-    for (ALport port : {ALport(), speaker})
-        EXPECT_EQ(ALreadsamps(port, samples.data(), 80), -1);
-    EXPECT_EQ(ALreadsamps(mic, samples.data(), -1), -1);
-    EXPECT_EQ(ALwritesamps(speaker, samples.data(), -1), -1);
-    EXPECT_EQ(ALreadsamps(mic, samples.data(), 80), 0);
-    EXPECT_EQ(samples, std::vector<int16_t>(80));
-    ALcloseport(mic);
-    ALcloseport(speaker);
-}
-
-TEST_F(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
+TEST(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
 {
     for (long value : {-2, 0, 1, 254, 257, 255}) {
         const long pairs[] = {AL_LEFT_SPEAKER_GAIN, value, AL_RIGHT_SPEAKER_GAIN, 255 - value,
@@ -72,29 +29,27 @@ TEST_F(Al, ParametersAreCutToTheirRangeAndRefusedOnesChangeNothing)
     for (auto [wrong, value] : {std::pair<long, long>(AL_OUTPUT_RATE, 44100), {99, 0}}) {
         const long pairs[] = {AL_LEFT_SPEAKER_GAIN, 3, wrong, value};
         EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, pairs, 4), -1);
-        EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE, pairs, 3), -1);
-        EXPECT_EQ(ALsetparams(AL_DEFAULT_DEVICE + 1, pairs, 2), -1);
     }
-    long unknown[] = {AL_LEFT_SPEAKER_GAIN, -7, 99, -7};
-    EXPECT_EQ(ALgetparams(AL_DEFAULT_DEVICE, unknown, 4), -1);
-    EXPECT_EQ(unknown[1], -7);
     EXPECT_EQ(parameter(AL_LEFT_SPEAKER_GAIN), 255);
+    qd_al_shutdown();
 }
 
-TEST_F(Al, TheEnvironmentIsReadOnceUntilAShutDown)
+TEST(Al, TheEnvironmentIsReadOnceUntilAShutDown)
 {
     QD_Temp_Dir dir;
+    ALconfig config = ALnewconfig();
     setenv("QD_SPEAKER", "trumpet", 1);
     testing::internal::CaptureStderr();
     for (int i = 0; i < 3; ++i)
-        ALcloseport(ALopenport("speaker", "w", config_));
+        ALcloseport(ALopenport("speaker", "w", config));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
         "QD_SPEAKER=trumpet: not one of pulse[:SINK] null file:DIR\n");
     for (const char* name : {"one", "two"}) {
         qd_al_shutdown();
         setenv("QD_SPEAKER", ("file:" + dir.file(name)).c_str(), 1);
-        ALcloseport(ALopenport("speaker", "w", config_));
+        ALcloseport(ALopenport("speaker", "w", config));
         qd_al_shutdown();
         EXPECT_EQ(std::filesystem::file_size(dir.file(name) + "/port-1.wav"), 44u) << "complete";
     }
+    ALfreeconfig(config);
 }

@@ -1,5 +1,7 @@
 #include "platform/al/device.h"
+#include "tests/support/signal_math.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/wav.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -7,7 +9,10 @@
 TEST(DeviceTable, AWrongValueIsOneLineAndTheDefault)
 {
     QD_Temp_Dir dir;
-    std::ofstream(dir.file("plain")) << "in the way";
+    qd_write_file(dir.file("plain"), "in the way, and no sound");
+    qd_write_wav(dir.file("fast.wav"), qd_sine(440, 100), 44100);
+    qd_write_wav(dir.file("stereo.wav"), qd_sine(440, 100), 8000, 2);
+    qd_write_wav(dir.file("empty.wav"), {});
     struct {
         QD_Al_Port::Side side;
         std::string text;
@@ -25,6 +30,10 @@ TEST(DeviceTable, AWrongValueIsOneLineAndTheDefault)
         {QD_Al_Port::CAPTURE, "tone:nan", "QD_MIC=tone:nan: a frequency"},
         {QD_Al_Port::CAPTURE, "silence:1", "QD_MIC=silence:1: nothing"},
         {QD_Al_Port::CAPTURE, "file:" + dir.file("none.wav"), "QD_MIC=file:"},
+        {QD_Al_Port::CAPTURE, "file:" + dir.file("plain"), "QD_MIC=file:"},
+        {QD_Al_Port::CAPTURE, "file:" + dir.file("fast.wav"), "QD_MIC=file:"},
+        {QD_Al_Port::CAPTURE, "file:" + dir.file("stereo.wav"), "QD_MIC=file:"},
+        {QD_Al_Port::CAPTURE, "file:" + dir.file("empty.wav"), "QD_MIC=file:"},
         {QD_Al_Port::PLAY, "file:" + dir.file("plain"), "QD_SPEAKER=file:"},
         {QD_Al_Port::PLAY, "file:", "QD_SPEAKER=file:: there is no such directory"},
     };

@@ -120,15 +120,6 @@ TEST_F(PortTest, AfterAnOverrunReadsFreshSamplesOnly)
     EXPECT_EQ(sound(), 800u);
 }
 
-TEST_F(PortTest, FramesLongerThanTheQueueAreReadInPieces)
-{
-    start_device();
-    frame_.resize(4001);
-    EXPECT_EQ(read(), 510);
-    int16_t first = 1;
-    EXPECT_EQ(frame_, counting(first, 4001));
-}
-
 TEST(PlayPort, DropsWhatIsTooOldToPlay)
 {
     Beat_Clock clock;

@@ -1,7 +1,6 @@
 #include "platform/net/reactor.h"
 
 #include "platform/net/wake.h"
-#include "tests/support/test_clock.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -73,40 +72,4 @@ TEST(Reactor, HandlersMayRemoveOneAnotherAndDeleteThemselves)
     EXPECT_EQ(reactor.remove_handler(&second, QD_EVENT_READ), -1);
     EXPECT_EQ(reactor.register_handler(&second, QD_EVENT_READ), 0);
     EXPECT_EQ(reactor.register_handler(&second, QD_EVENT_READ), -1);
-}
-
-TEST(Reactor, DeletesWhatItAdoptedOnceThatHasEnded)
-{
-    struct Mortal : Handler {
-        Mortal(Reactor& r, int& living, QD_Clock::Time time) : Handler(r), alive(living), end(time)
-        {
-            ++alive;
-        }
-        ~Mortal() override { --alive; }
-        int handle_time(QD_Clock::Time now) override { return now > end ? -1 : 0; }
-        int& alive;
-        QD_Clock::Time end;
-    };
-    QD_Test_Clock clock;
-    int alive = 0;
-    {
-        Reactor reactor(clock);
-        auto owned = std::make_unique<Mortal>(reactor, alive, clock.now());
-        Mortal* mortal = owned.get();
-        EXPECT_EQ(reactor.register_handler(mortal, QD_EVENT_WRITE), 0);
-        reactor.adopt(std::move(owned));
-        reactor.adopt(std::make_unique<Mortal>(reactor, alive, QD_Clock::Time()));
-        mortal->wake.raise();
-        reactor.wait(-1, 60000);
-        EXPECT_EQ(reactor.dispatch(), 2) << "readable and writable";
-        EXPECT_EQ(reactor.remove_handler(mortal, QD_EVENT_WRITE), 0);
-        reactor.wait(-1, 0);
-        EXPECT_EQ(reactor.dispatch(), 0);
-        EXPECT_EQ(alive, 1) << "the other's time was over from the first";
-        clock.pass(std::chrono::milliseconds(1));
-        reactor.dispatch();
-        EXPECT_EQ(alive, 0);
-        reactor.adopt(std::make_unique<Mortal>(reactor, alive, clock.now()));
-    }
-    EXPECT_EQ(alive, 0);
 }

@@ -2,7 +2,6 @@
 
 #include "tests/support/wait.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
@@ -17,18 +16,6 @@ struct Sleeper : SprocThread {
             ++passes;
             pause(60000);
         }
-        return 0;
-    }
-};
-
-struct Stuck : SprocThread {
-    std::atomic<bool> release = false;
-    std::atomic<bool> gone = false;
-    int run() override
-    {
-        while (!release)
-            usleep(1000);
-        gone = true;
         return 0;
     }
 };
@@ -49,19 +36,4 @@ TEST(SprocThread, WakingEndsASleepAndKillingAllUntilItStartsAgain)
         EXPECT_EQ(sleeper.kill(), 0);
         EXPECT_LT(steady_clock::now() - asked, std::chrono::seconds(1));
     }
-}
-
-TEST(SprocThread, AStuckThreadIsReportedAndLeftWithinTheBound)
-{
-    auto* stuck = new Stuck;
-    stuck->start();
-    testing::internal::CaptureStderr();
-    const auto asked = steady_clock::now();
-    EXPECT_EQ(stuck->kill(50), -1);
-    EXPECT_LT(steady_clock::now() - asked, std::chrono::seconds(1));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("does not end"), std::string::npos);
-    stuck->release = true; // so that it ends before its memory goes
-    ASSERT_TRUE(qd_wait_for([&] { return stuck->gone.load(); }));
-    ASSERT_TRUE(qd_wait_for([&] { return tgkill(getpid(), stuck->pid(), 0) != 0; }));
-    delete stuck;
 }

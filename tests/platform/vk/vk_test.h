@@ -28,16 +28,6 @@ struct VkTestWindow : VkSimpleWindow {
     }
 };
 
-/// A component of one widget.
-struct VkTestView : VkComponent {
-    VkTestView(const char* name, Widget parent, WidgetClass kind, int width, int height) :
-        VkComponent(name)
-    {
-        setBaseWidget(
-            XtVaCreateWidget(name, kind, parent, XtNwidth, width, XtNheight, height, nullptr));
-    }
-};
-
 template <typename Value> Value vk_get(Widget widget, const char* resource)
 {
     Value value {};

@@ -92,7 +92,7 @@ TEST_F(Capture, PicturesAreWholeNewAndEvenlySpaced)
     EXPECT_LT(took, 800ms);
 }
 
-TEST_F(Capture, TheTestCardStandsInForACameraThatIsMissingUntilItComes)
+TEST_F(Capture, TheTestCardStandsInForACameraThatIsMissingOrFailsUntilItComes)
 {
     script_->opens = false;
     start();
@@ -103,17 +103,12 @@ TEST_F(Capture, TheTestCardStandsInForACameraThatIsMissingUntilItComes)
     EXPECT_LT(QD_Clock::real().now() - begin, 90ms) << "known to be missing: no waiting";
     script_->opens = true;
     EXPECT_TRUE(qd_wait_for([&] { return from_camera(); }));
-}
 
-TEST_F(Capture, ACameraThatFailsInTheMiddleIsClosedAndOpenedAgain)
-{
-    script_->pictures = 5;
     script_->after = -1;
-    start();
-    EXPECT_TRUE(from_camera());
-    EXPECT_TRUE(qd_wait_for([&] { return !from_camera(); }));
-    EXPECT_TRUE(qd_wait_for([&] { return script_->opened >= 3; }));
-    EXPECT_GE(script_->closed, 2);
+    script_->pictures = 0;
+    const int opened = script_->opened;
+    EXPECT_TRUE(qd_wait_for([&] { return !from_camera() && script_->opened >= opened + 2; }));
+    EXPECT_GE(script_->closed, 2) << "closed before it is opened again";
     script_->pictures = 1 << 30;
     EXPECT_TRUE(qd_wait_for([&] { return from_camera(); }));
 }

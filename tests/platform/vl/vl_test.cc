@@ -1,5 +1,6 @@
 #include "platform/vl/vl.h"
 
+#include "platform/vl/test_card.h"
 #include "tests/support/pictures.h"
 
 #include <gtest/gtest.h>
@@ -41,13 +42,6 @@ protected:
 
 }
 
-TEST_F(Vl, QcifAndNothingElse)
-{
-    EXPECT_EQ(H263initEncoder(352, 288), -1);
-    EXPECT_EQ(initcapture(352, 288), -1);
-    EXPECT_EQ(H263initEncoder(176, 144), 0);
-}
-
 TEST_F(Vl, StreamsAreDecodedApart)
 {
     qd_set_video_rate(1500, 10);
@@ -78,18 +72,6 @@ TEST_F(Vl, StreamsAreDecodedApart)
     }
 }
 
-TEST_F(Vl, ChangedRatesBeginWithAnIntraPictureAndAbsurdOnesAreTaken)
-{
-    for (auto [kbps, fps] : {std::pair(20.0, 10), {1e300, 1 << 30}, {-5.0, -1}, {0.0, 0}}) {
-        qd_set_video_rate(kbps, fps);
-        const std::string bits = h263(qd_test_picture(3), false);
-        ASSERT_FALSE(bits.empty());
-        qd_reset_decoder(4);
-        EXPECT_NE(decode_h263(4, bits), "");
-        EXPECT_FALSE(h261(qd_test_picture(3), false).empty());
-    }
-}
-
 TEST(Yuv9, ColourIsEnlargedAndItsPlanesChangePlaces)
 {
     const std::string src = "0123456789abcdefghijklmnopqrstuvVvUu"; // a plane, two points each
@@ -100,4 +82,16 @@ TEST(Yuv9, ColourIsEnlargedAndItsPlanesChangePlaces)
     EXPECT_EQ(y, src.substr(0, 32));
     EXPECT_EQ(u, "UUuuUUuu");
     EXPECT_EQ(v, "VVvvVVvv");
+}
+
+TEST(TestCard, MovesAndTellsMembersApart)
+{
+    const auto card = [](int hue, long milliseconds) {
+        std::string picture(QD_PICTURE_SIZE, '\0');
+        QD_Test_Card(hue).paint(milliseconds, picture.data());
+        return picture;
+    };
+    EXPECT_NE(card(0, 1000).substr(QD_U_OFFSET), card(120, 1000).substr(QD_U_OFFSET));
+    for (long at = 0; at < 86'400'000; at += 1'234'567)
+        EXPECT_LT(qd_psnr(card(120, at).data(), card(120, at + 1000).data()), 30) << at;
 }
