@@ -10,6 +10,7 @@
 #include "tests/support/x_app.h"
 
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 /// How many entries a directory has.
@@ -51,6 +52,11 @@ struct QD_Program {
         mainWindow->show();
         framework.accept();
     }
+    ~QD_Program()
+    {
+        delete mainWindow;
+        mainWindow = nullptr;
+    }
 
     Widget find(const char* name) const { return qd_find(mainWindow->baseWidget(), name); }
 
@@ -62,6 +68,17 @@ struct QD_Program {
         while (::poll(&answer, 1, 0) == 0)
             ctrlWorkProc(&termination);
         framework.hear(12);
+    }
+
+    // Runs the control loop and handles the window's events until then. Returns whether it came.
+    bool run_until(const std::function<bool()>& done, int seconds = 20)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+        while (!done() && std::chrono::steady_clock::now() < end) {
+            ctrlWorkProc(&termination);
+            qd_pump_until([] { return true; });
+        }
+        return done();
     }
 
     QD_Test_Framework framework;
