@@ -92,9 +92,11 @@ protected:
     Guarded_Broker()
     {
         for (const char* ca : {"ca", "other"})
-            run("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=" + std::string(ca)
-                + " -keyout " + ca + ".key -out " + ca + ".crt");
-        run("openssl req -newkey rsa:2048 -nodes -subj /CN=127.0.0.1 -keyout broker.key -out "
+            run("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 "
+                "-subj /CN="
+                + std::string(ca) + " -keyout " + ca + ".key -out " + ca + ".crt");
+        run("openssl req -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=127.0.0.1 "
+            "-keyout broker.key -out "
             "b.csr");
         qd_write_file(dir_ / "ext", "subjectAltName=IP:127.0.0.1\n");
         run("openssl x509 -req -in b.csr -CA ca.crt -CAkey ca.key -CAcreateserial -days 2"

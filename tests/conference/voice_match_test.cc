@@ -1,20 +1,15 @@
 #include "conference/voice_match.h"
 
-#include <cmath>
+#include "tests/support/signal_math.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
-/// Noise that swells and fades like speech; never the same twice.
 QD_Voice voice(unsigned seed, size_t length)
 {
-    QD_Voice samples(length);
-    for (size_t i = 0; i < length; ++i) {
-        seed = seed * 1664525U + 1013904223U;
-        const double loudness = std::sin(static_cast<double>(i) / 700);
-        samples[i]
-            = static_cast<int16_t>(loudness * static_cast<double>(seed >> 17) - loudness * 16000);
-    }
+    QD_Voice samples = qd_noise(seed);
+    samples.resize(length);
     return samples;
 }
 

@@ -168,13 +168,14 @@ protected:
     bool answers_strangers()
     {
         const Quiet quiet; // much of the last attack may still be on its way
-        std::optional<Stranger> stranger;
-        return program_.run_until([&] {
-            const auto heard = stranger ? stranger->hear() : std::nullopt;
-            if (!heard) // it may be full of streams that have just ended
-                stranger.emplace().send(invitation());
-            return heard && heard->starts_with('\2');
-        });
+        for (int attempt = 0; attempt < 40; ++attempt) { // streams that have just ended take places
+            const Stranger one;
+            one.send(invitation());
+            if (program_.run_until([&] { return one.hear().value_or("").starts_with('\2'); },
+                    std::chrono::milliseconds(500)))
+                return true;
+        }
+        return false;
     }
 
     QD_Program program_;

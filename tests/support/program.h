@@ -71,14 +71,17 @@ struct QD_Program {
     }
 
     // Runs the control loop and handles the window's events until then. Returns whether it came.
-    bool run_until(const std::function<bool()>& done, int seconds = 20)
+    bool run_until(const std::function<bool()>& done,
+        std::chrono::milliseconds bound = std::chrono::seconds(20))
     {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-        while (!done() && std::chrono::steady_clock::now() < end) {
+        const auto end = std::chrono::steady_clock::now() + bound;
+        while (!done()) {
+            if (std::chrono::steady_clock::now() >= end)
+                return false;
             ctrlWorkProc(&termination);
             qd_pump_until([] { return true; });
         }
-        return done();
+        return true;
     }
 
     QD_Test_Framework framework;
