@@ -46,12 +46,6 @@ bool read_all(int fd, Bytes& bytes)
         == static_cast<ssize_t>(bytes.size());
 }
 
-[[noreturn]] void sleep_for_ever()
-{
-    for (;;)
-        ::pause();
-}
-
 /// Connects before its parent does; leaves whether it was shut out as its status.
 void be_a_stranger(int port)
 {
@@ -81,14 +75,6 @@ void enroll(int fd, const std::string& rule, char** arguments)
         write_all(fd, Bytes(&numbers[at], &numbers[at] + step));
 }
 
-void keep(FILE* file, const Bytes& payload)
-{
-    for (uint8_t byte : payload)
-        fprintf(file, "%02x", byte);
-    fputs("\n", file);
-    fflush(file);
-}
-
 void echo(int fd, const std::string& rule, Bytes head, Bytes payload)
 {
     if (rule == "no-echo")
@@ -113,7 +99,10 @@ void obey(int fd, const std::string& rule)
             echo(fd, rule, head, payload);
             continue;
         }
-        keep(payloads, payload);
+        for (uint8_t byte : payload)
+            fprintf(payloads, "%02x", byte);
+        fputs("\n", payloads);
+        fflush(payloads);
         if (payload[0] == '>' && rule != "deaf" && rule != "stubborn")
             exit(rule == "ends-badly" ? 9 : 0);
     }
@@ -132,24 +121,21 @@ int main(int argc, char** argv)
     if (rule == "exits-at-once")
         return 5;
     if (rule == "no-registration")
-        sleep_for_ever();
+        ::pause();
     if (rule == "stranger")
         be_a_stranger(port);
     const int fd = connect_to(port);
     enroll(fd, rule, arguments);
-    if (rule == "leaves" || rule == "crashes" || rule == "closes-and-stays") {
-        Bytes record(8 + 10); // wait to be announced, so that the others know it
-        read_all(fd, record);
-    }
+    Bytes record(8 + 10);
+    if (rule == "leaves" || rule == "crashes" || rule == "closes-and-stays")
+        read_all(fd, record); // wait to be announced, so that the others know it
     if (rule == "crashes")
         ::abort();
     if (rule == "leaves")
         return 0;
-    if (rule == "closes-and-stays") {
+    if (rule == "closes-and-stays")
         ::close(fd);
-        sleep_for_ever();
-    }
-    if (rule == "does-not-read" || rule == "half-a-registration")
-        sleep_for_ever();
+    if (rule == "closes-and-stays" || rule == "does-not-read" || rule == "half-a-registration")
+        ::pause();
     obey(fd, rule);
 }

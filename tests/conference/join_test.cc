@@ -25,97 +25,89 @@ std::unique_ptr<QD_Seat> seat(
     return seat;
 }
 
-/// Three that know one another.
+enum { ANNA, BO, KILLED, CLIENT_KILLED, CLIENT_FROZEN, FROZEN, MEMBERS };
+
+/// Six that know one another.
 class Join : public testing::Test {
 protected:
     void SetUp() override
     {
-        const char* const names[] = {"anna", "bo", "cleo"};
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < MEMBERS; ++i)
             seats_.push_back(seat(
-                2 + i, {"join", "x", "--name", names[i], "--broker", "mqtt://" + broker_.place()}));
+                2 + i, {"join", "x", "--name", NAMES[i], "--broker", "mqtt://" + broker_.place()}));
         for (const auto& seat : seats_)
-            for (int i = 0; i < 3; ++i)
-                ASSERT_TRUE(seat->says(names[i] + ("@" + qd_test_address(2 + i)) + " has joined\n"))
-                    << seat->said();
+            for (int i = 0; i < MEMBERS; ++i)
+                ASSERT_TRUE(seat->says(label(i) + " has joined\n")) << seat->said();
     }
 
-    std::string payloads(size_t of) const { return qd_read_file(seats_[of]->file("payloads")); }
+    static std::string label(int of) { return NAMES[of] + ("@" + qd_test_address(2 + of)); }
 
-    pid_t cleos_client() const
+    std::string said(int who) const { return seats_[static_cast<size_t>(who)]->said(); }
+
+    pid_t companion(int of) const { return seats_[static_cast<size_t>(of)]->process().pid(); }
+    pid_t client(int of) const
     {
-        const std::string pid = std::to_string(seats_[2]->process().pid());
+        const std::string pid = std::to_string(companion(of));
         return atoi(qd_read_file("/proc/" + pid + "/task/" + pid + "/children").c_str());
     }
 
-    /// Whether anna and bo are told that cleo is gone.
-    bool gone(std::chrono::milliseconds bound) const
+    /// What a member's client was told of each member that is there: by name, address and id.
+    std::map<std::string, std::string> told(const QD_Seat& seat) const
     {
-        const std::regex gone("cleo@[0-9.]* (has left\n|is gone)");
-        return qd_wait_for(
-            [&] {
-                return std::regex_search(seats_[0]->said(), gone)
-                    && std::regex_search(seats_[1]->said(), gone);
-            },
-            bound);
+        // Command, address and id: ten bytes in hexadecimal digits, then the name.
+        std::map<std::string, std::string> by_name;
+        std::istringstream lines(qd_read_file(seat.file("payloads")));
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("3d"))
+                by_name[line.substr(20)] = line.substr(2, 16);
+            else
+                by_name.erase(line.substr(20));
+        return by_name;
     }
 
+    static constexpr const char* NAMES[] = {"anna", "bo", "cleo", "dora", "emil", "fritz"};
     const QD_Test_Broker broker_;
     std::vector<std::unique_ptr<QD_Seat>> seats_;
 };
 
-TEST_F(Join, EachClientIsToldOfItselfFirstAndOfTheSameMembers)
+TEST_F(Join, AllAreToldTheSameAndOfWhoeverDiesWithinASecondAndFreezesWithinTen)
 {
-    // Command, address and id: ten bytes in hexadecimal digits, then the name.
-    const auto ids = [this](size_t of) {
-        std::map<std::string, std::string> by_name;
-        std::istringstream lines(payloads(of));
-        for (std::string line; std::getline(lines, line);)
-            if (line.size() > 20)
-                by_name[line.substr(20)] = line.substr(0, 18);
-        return by_name;
-    };
-    for (size_t client : {0, 1, 2}) // who may not have read them yet
-        ASSERT_TRUE(qd_wait_for([&] { return ids(client).size() == 3; })) << payloads(client);
-    EXPECT_EQ(payloads(0).substr(20, 8), "616e6e61");
-    EXPECT_EQ(payloads(1).substr(20, 4), "626f");
-    EXPECT_EQ(ids(0), ids(1));
-    EXPECT_EQ(ids(0), ids(2));
-    EXPECT_EQ(seats_[0]->end(), 0);
-}
+    const QD_Seat& anna = *seats_[ANNA];
+    const auto all = [](const auto& seat) { return qd_read_file(seat.file("payloads")); };
+    for (const auto& seat : seats_) { // whose clients may not have read them yet
+        ASSERT_TRUE(qd_wait_for([&] { return told(*seat).size() == MEMBERS; })) << all(*seat);
+        EXPECT_EQ(told(*seat), told(anna));
+    }
+    EXPECT_EQ(all(anna).substr(20, 8), "616e6e61") << "of itself first";
+    EXPECT_EQ(all(*seats_[BO]).substr(20, 4), "626f");
 
-TEST_F(Join, AKilledCompanionIsGoneForAllWithinASecond)
-{
-    seats_[2]->process().end(SIGKILL);
-    EXPECT_TRUE(gone(qd_promised(1s)));
-    EXPECT_TRUE(qd_wait_for([&] { return payloads(0).find("\n3f") != std::string::npos; }));
-}
+    const struct {
+        int who;
+        pid_t pid;
+        int signal;
+        std::chrono::seconds bound;
+    } faults[] = {{KILLED, companion(KILLED), SIGKILL, 1s},
+        {CLIENT_KILLED, client(CLIENT_KILLED), SIGKILL, 1s},
+        {CLIENT_FROZEN, client(CLIENT_FROZEN), SIGSTOP, 10s},
+        {FROZEN, companion(FROZEN), SIGSTOP, 10s}};
+    for (const auto& fault : faults) {
+        ::kill(fault.pid, fault.signal);
+        const std::regex gone(label(fault.who) + " (has left\n|is gone)");
+        EXPECT_TRUE(qd_wait_for(
+            [&] {
+                return std::regex_search(said(ANNA), gone) && std::regex_search(said(BO), gone);
+            },
+            qd_promised(fault.bound)))
+            << label(fault.who);
+    }
+    EXPECT_TRUE(qd_wait_for([&] { return told(anna).size() == 2; })) << "the clients are told, too";
+    EXPECT_EQ(seats_[CLIENT_KILLED]->process().wait(10s), 1);
+    EXPECT_THAT(said(CLIENT_KILLED), HasSubstr("dora ended with signal 9"));
 
-TEST_F(Join, AKilledClientIsGoneForAllWithinASecond)
-{
-    ::kill(cleos_client(), SIGKILL);
-    EXPECT_TRUE(gone(qd_promised(1s)));
-    EXPECT_EQ(seats_[2]->process().wait(10s), 1);
-    EXPECT_THAT(seats_[2]->said(), HasSubstr("cleo ended with signal 9"));
-}
-
-TEST_F(Join, AFrozenClientIsGoneForAllWithinTenSeconds)
-{
-    ::kill(cleos_client(), SIGSTOP);
-    EXPECT_TRUE(gone(qd_promised(10s)));
-}
-
-TEST_F(Join, AFrozenCompanionIsGoneForAllWithinTenSecondsAndComesBack)
-{
-    ::kill(seats_[2]->process().pid(), SIGSTOP);
-    EXPECT_TRUE(gone(qd_promised(10s)));
-    ::kill(seats_[2]->process().pid(), SIGCONT);
-    const std::string again = "cleo@" + seats_[2]->address() + " has joined\n";
-    EXPECT_TRUE(qd_wait_for([&] {
-        const std::string said = seats_[0]->said();
-        return said.find(again) != said.rfind(again);
-    }));
-    EXPECT_THAT(seats_[2]->said(), Not(HasSubstr(" is gone"))) << "it has lost nobody itself";
+    ::kill(companion(FROZEN), SIGCONT);
+    EXPECT_TRUE(qd_wait_for([&] { return told(anna).contains("667269747a"); })) << "back";
+    EXPECT_THAT(said(FROZEN), Not(HasSubstr(label(ANNA) + " is gone"))) << "as it was stopped";
+    EXPECT_EQ(seats_[ANNA]->end(), 0);
 }
 
 TEST(Host, OthersJoinByTheLineItPrintsAndNobodyElse)

@@ -1,20 +1,15 @@
 #include "conference/voice_match.h"
 
-#include <cmath>
+#include "tests/support/signal_math.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
-/// Noise that swells and fades like speech; never the same twice.
 QD_Voice voice(unsigned seed, size_t length)
 {
-    QD_Voice samples(length);
-    for (size_t i = 0; i < length; ++i) {
-        seed = seed * 1664525U + 1013904223U;
-        const double loudness = std::sin(static_cast<double>(i) / 700);
-        samples[i]
-            = static_cast<int16_t>(loudness * static_cast<double>(seed >> 17) - loudness * 16000);
-    }
+    QD_Voice samples = qd_noise(seed);
+    samples.resize(length);
     return samples;
 }
 
@@ -29,29 +24,18 @@ QD_Voice heard_from(const QD_Voice& source, size_t begin, size_t length)
 const std::vector<QD_Voice> voices {
     voice(1, 9000), voice(2, 7777), voice(3, 1500)}; // the last shorter than a block
 
-TEST(VoiceMatch, FindsAnExactCopyWhereverItBeginsInTheLoop)
-{
-    for (auto [voice, begin] : {std::pair(0, 0U), {1, 1U}, {1, 7000U}, {2, 100U}}) {
-        QD_Voice heard = heard_from(voices[static_cast<size_t>(voice)], begin, 24000);
-        heard.insert(heard.begin(), 4000, 0); // silence around it is not part of the voice
-        heard.resize(heard.size() + 800);
-        const QD_Voice_Match match = qd_match_voice(heard, voices);
-        EXPECT_EQ(match.voice_, voice);
-        EXPECT_NEAR(match.correlation_, 1, 1e-9);
-        EXPECT_NEAR(match.seconds_, 3, 0.01);
-    }
-}
-
 TEST(VoiceMatch, LoudnessDoesNotCountAndAMissingPacketSpoilsLittle)
 {
     QD_Voice heard = heard_from(voices[0], 300, 80000);
     for (int16_t& sample : heard)
         sample = static_cast<int16_t>(sample / 4);
     heard.erase(heard.begin() + 30500, heard.begin() + 31300);
+    heard.insert(heard.begin(), 4000, 0); // silence before it is not part of the voice
     const QD_Voice_Match match = qd_match_voice(heard, voices);
     EXPECT_EQ(match.voice_, 0);
     EXPECT_GT(match.correlation_, 0.96);
     EXPECT_LT(match.correlation_, 0.9999);
+    EXPECT_NEAR(match.seconds_, 9.9, 0.01);
 }
 
 TEST(VoiceMatch, DoesNotTakeADamagedOrAForeignVoiceForFaithful)

@@ -14,11 +14,9 @@ QD_Client_Under_Test::Set_Up at_the_keyboard(const QD_Temp_Dir& dir)
             "#!/bin/sh\ntouch " + dir.file(panel) + "\nexec sleep 60 >&- 2>&-\n");
         std::filesystem::permissions(dir.file("bin/") + panel, std::filesystem::perms::owner_all);
     }
-    QD_Client_Under_Test::Set_Up set_up;
-    set_up.environment["PATH"] = dir / "bin:" + getenv("PATH");
-    set_up.toolkit_options
-        = {"-xrm", "*mainForm*translations: #override Ctrl<Key>R: reset()", "-geometry", "+0+0"};
-    return set_up;
+    return {.toolkit_options
+        = {"-xrm", "*mainForm*translations: #override Ctrl<Key>R: reset()", "-geometry", "+0+0"},
+        .environment = {{"PATH", dir / "bin:" + getenv("PATH")}}};
 }
 
 void use_everything()
@@ -74,15 +72,13 @@ void use_everything()
 
 }
 
-TEST(Keyboard, ServesAllUnderAWindowManager)
+TEST(Keyboard, ServesAllWithAWindowManagerAndWithout)
 {
-    QD_X_Server server;
-    server.manage();
-    use_everything();
-}
-
-TEST(Keyboard, ServesAllWithoutAWindowManagerOnAScreenWithoutSharedMemory)
-{
-    QD_X_Server server("800x600x16", {"-extension", "MIT-SHM"});
+    {
+        QD_X_Server server;
+        server.manage();
+        use_everything();
+    }
+    const QD_X_Server without_shared_memory("800x600x16", {"-extension", "MIT-SHM"});
     use_everything();
 }

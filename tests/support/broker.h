@@ -1,27 +1,16 @@
 // A real MQTT broker of the test's own.
 #pragma once
 
+#include "tests/support/loopback.h"
 #include "tests/support/process.h"
 #include "tests/support/temp_dir.h"
 
-#include <arpa/inet.h>
 #include <functional>
-#include <netinet/in.h>
-#include <optional>
-#include <sys/socket.h>
 
 /// A port on this machine that is free now.
 inline int qd_free_port()
 {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in here {};
-    here.sin_family = AF_INET;
-    here.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof here;
-    ::bind(fd, reinterpret_cast<sockaddr*>(&here), size);
-    ::getsockname(fd, reinterpret_cast<sockaddr*>(&here), &size);
-    ::close(fd);
-    return ntohs(here.sin_port);
+    return qd_bind_somewhere(QD_Fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)).get());
 }
 
 /// Runs until it is stopped or goes; it can be started again at the same place.

@@ -2,11 +2,8 @@
 #pragma once
 
 #include "tests/support/framework.h"
-#include "tests/support/loopback.h"
 #include "tests/support/process.h"
 #include "tests/support/temp_dir.h"
-
-#include <optional>
 
 /// One client at the test's loopback address number `host`, with a home and
 /// current directory of its own. Events are written by hand.
@@ -66,14 +63,8 @@ public:
     explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
 
     /// Finds the client's window whose title begins so and keeps to it. Returns whether it is
-    /// there.
-    bool find(const std::string& title)
-    {
-        window_ = search(title);
-        return !window_.empty();
-    }
-
-    /// The same, and returns whether it came.
+    /// there; look_at() waits for it.
+    bool find(const std::string& title) { return !(window_ = search(title)).empty(); }
     bool look_at(const std::string& title)
     {
         return qd_wait_for([&] { return find(title); }, std::chrono::seconds(20));
@@ -95,13 +86,16 @@ public:
             std::to_string(y), "click", "1"});
     }
 
-    int press(const std::string& keys) const
-    {
-        return qd_run({"xdotool", "windowfocus", "--sync", window_, "key", keys});
-    }
+    int press(const std::string& keys) const { return focus({"key", keys}); }
+    int write(const std::string& text) const { return focus({"type", text}); }
 
-    /// Gives the keyboard to the window.
-    int focus() const { return qd_run({"xdotool", "windowfocus", "--sync", window_}); }
+    /// Gives the keyboard to the window. `then` are further words of xdotool's.
+    int focus(const std::vector<std::string>& then = {}) const
+    {
+        std::vector<std::string> command {"xdotool", "windowfocus", "--sync", window_};
+        command.insert(command.end(), then.begin(), then.end());
+        return qd_run(command);
+    }
 
     /// Types for whichever window has the keyboard. Alt is held longer than the key.
     static int type(const std::vector<std::string>& keys)
@@ -114,11 +108,6 @@ public:
             else
                 command.insert(command.end(), {"key", key});
         return qd_run(command);
-    }
-
-    int write(const std::string& text) const
-    {
-        return qd_run({"xdotool", "windowfocus", "--sync", window_, "type", text});
     }
 
 private:

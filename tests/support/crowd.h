@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <memory>
-#include <vector>
 
 /// One of them, and what it was told.
 class QD_Crowd_Member : private QD_Conference_Events {

@@ -1,17 +1,12 @@
 // How soon a window of this process answers to a button that is pressed.
 #pragma once
 
-#include "tests/support/wait.h"
 #include "tests/support/x_app.h"
 
 #include <Xm/PushB.h>
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <functional>
 #include <random>
-#include <thread>
-#include <vector>
 
 /// Another program, with a connection of its own, that presses an XmPushButton
 /// of this one, which is on the screen.
@@ -71,14 +66,9 @@ private:
         time_ += 1000;
         for (int type : {ButtonPress, ButtonRelease}) {
             XEvent event {};
-            event.xbutton.type = type;
-            event.xbutton.window = window_;
-            event.xbutton.root = DefaultRootWindow(display_);
-            event.xbutton.button = Button1;
-            event.xbutton.same_screen = True;
-            event.xbutton.x = event.xbutton.y = 5;
-            event.xbutton.time = time_;
-            event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
+            event.xbutton
+                = {type, 0, True, display_, window_, DefaultRootWindow(display_), None, time_, 5, 5,
+                    0, 0, type == ButtonRelease ? unsigned {Button1Mask} : 0, Button1, True};
             XSendEvent(display_, window_, False, NoEventMask, &event);
         }
         XFlush(display_);

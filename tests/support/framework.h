@@ -5,9 +5,7 @@
 #include "platform/net/fd.h"
 #include "tests/support/loopback.h"
 
-#include <netinet/in.h>
 #include <poll.h>
-#include <string>
 #include <sys/socket.h>
 
 /// Listens on a port of the system's choice; then one link to an application.
@@ -15,14 +13,10 @@ class QD_Test_Framework {
 public:
     QD_Test_Framework() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        ::bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), size);
+        const timeval patience {20, 0}; // the link's as well
+        ::setsockopt(listener_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        port_ = std::to_string(qd_bind_somewhere(listener_.get()));
         ::listen(listener_.get(), 4);
-        ::getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = std::to_string(ntohs(address.sin_port));
     }
 
     const std::string& port() const { return port_; }
@@ -31,9 +25,7 @@ public:
     /// failure.
     std::string accept()
     {
-        pollfd waiting {listener_.get(), POLLIN, 0};
-        if (::poll(&waiting, 1, PATIENCE_MS) > 0)
-            link_.reset(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        link_.reset(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
         return hear(12);
     }
 
@@ -52,12 +44,9 @@ public:
     /// Exactly so many bytes, fewer if they do not come in time.
     std::string hear(size_t bytes) const
     {
-        std::string got;
-        pollfd waiting {link_.get(), POLLIN, 0};
-        char c = 0;
-        while (got.size() < bytes && ::poll(&waiting, 1, PATIENCE_MS) > 0
-            && ::recv(link_.get(), &c, 1, 0) == 1)
-            got += c;
+        std::string got(bytes, '\0');
+        const ssize_t n = ::recv(link_.get(), got.data(), bytes, MSG_WAITALL);
+        got.resize(n > 0 ? static_cast<size_t>(n) : 0);
         return got;
     }
 
@@ -82,8 +71,6 @@ public:
     void close_link() { link_.reset(); }
 
 private:
-    static constexpr int PATIENCE_MS = 20000;
-
     static std::string word(uint32_t value)
     {
         std::string bytes(4, '\0');

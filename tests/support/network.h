@@ -4,29 +4,27 @@
 
 #include "tests/support/process.h"
 
-#include <string>
-#include <unistd.h>
-#include <vector>
-
 /// Host 0 has the bridge and the address 10.77.0.254; hosts 1..N have 10.77.0.1
 /// and on, and no route anywhere else.
 class QD_Test_Network {
 public:
     explicit QD_Test_Network(int hosts) : hosts_(hosts)
     {
-        good_ = run({"netns", "add", name(0)}) && in(0, {"link", "set", "lo", "up"})
-            && in(0, {"link", "add", "hub", "type", "bridge"})
-            && in(0, {"addr", "add", address(254) + "/24", "dev", "hub"})
-            && in(0, {"link", "set", "hub", "up"});
-        for (int host = 1; good_ && host <= hosts; ++host) {
-            good_ = run({"netns", "add", name(host)}) && in(host, {"link", "set", "lo", "up"})
-                && in(0,
-                    {"link", "add", port(host), "type", "veth", "peer", "name", "eth0", "netns",
-                        name(host)})
-                && in(0, {"link", "set", port(host), "master", "hub", "up"})
-                && in(host, {"addr", "add", address(host) + "/24", "dev", "eth0"})
-                && in(host, {"link", "set", "eth0", "up"});
-        }
+        const char* const script = R"(
+            ip netns add $1-0
+            ip -n $1-0 link set lo up
+            ip -n $1-0 link add hub type bridge
+            ip -n $1-0 addr add 10.77.0.254/24 dev hub
+            ip -n $1-0 link set hub up
+            for host in $(seq $2); do
+                ip netns add $1-$host
+                ip -n $1-0 link add port$host type veth peer name eth0 netns $1-$host
+                ip -n $1-0 link set port$host master hub up
+                ip -n $1-$host link set lo up
+                ip -n $1-$host addr add 10.77.0.$host/24 dev eth0
+                ip -n $1-$host link set eth0 up
+            done)";
+        good_ = qd_run({"sh", "-ec", script, "sh", prefix(), std::to_string(hosts)}) == 0;
     }
     ~QD_Test_Network()
     {
@@ -49,25 +47,17 @@ public:
     }
 
     /// Pulls a host's cable, puts it in again.
-    bool cut(int host) const { return in(0, {"link", "set", port(host), "down"}); }
-    bool heal(int host) const { return in(0, {"link", "set", port(host), "up"}); }
+    bool cut(int host) const { return set_port(host, "down"); }
+    bool heal(int host) const { return set_port(host, "up"); }
 
 private:
-    static std::string name(int host)
-    {
-        return "quendal-" + std::to_string(getpid()) + "-" + std::to_string(host);
-    }
-    static std::string port(int host) { return "port" + std::to_string(host); }
+    static std::string prefix() { return "quendal-" + std::to_string(getpid()); }
+    static std::string name(int host) { return prefix() + "-" + std::to_string(host); }
 
-    static bool run(std::vector<std::string> arguments)
+    static bool set_port(int host, const char* state)
     {
-        arguments.insert(arguments.begin(), "ip");
-        return qd_run(arguments) == 0;
-    }
-    static bool in(int host, std::vector<std::string> arguments)
-    {
-        arguments.insert(arguments.begin(), {"-n", name(host)});
-        return run(arguments);
+        return qd_run({"ip", "-n", name(0), "link", "set", "port" + std::to_string(host), state})
+            == 0;
     }
 
     const int hosts_;

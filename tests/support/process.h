@@ -50,8 +50,7 @@ public:
     }
     ~QD_Process()
     {
-        if (pid_ > 0)
-            end(SIGKILL);
+        end(SIGKILL);
         ::close(in_);
     }
     QD_Process(const QD_Process&) = delete;
@@ -78,14 +77,9 @@ public:
     /// Sends the signal (0: none) and waits for the end. Returns the exit status, -1 if killed.
     int end(int signal)
     {
-        if (pid_ <= 0)
+        if (pid_ <= 0 || kill(pid_, signal) != 0)
             return -1;
-        if (signal != 0)
-            kill(pid_, signal);
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return wait(std::chrono::hours(1)).value_or(-1);
     }
 
 private:

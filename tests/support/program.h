@@ -10,6 +10,7 @@
 #include "tests/support/x_app.h"
 
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 /// How many entries a directory has.
@@ -51,6 +52,11 @@ struct QD_Program {
         mainWindow->show();
         framework.accept();
     }
+    ~QD_Program()
+    {
+        delete mainWindow;
+        mainWindow = nullptr;
+    }
 
     Widget find(const char* name) const { return qd_find(mainWindow->baseWidget(), name); }
 
@@ -62,6 +68,20 @@ struct QD_Program {
         while (::poll(&answer, 1, 0) == 0)
             ctrlWorkProc(&termination);
         framework.hear(12);
+    }
+
+    // Runs the control loop and handles the window's events until then. Returns whether it came.
+    bool run_until(const std::function<bool()>& done,
+        std::chrono::milliseconds bound = std::chrono::seconds(20))
+    {
+        const auto end = std::chrono::steady_clock::now() + bound;
+        while (!done()) {
+            if (std::chrono::steady_clock::now() >= end)
+                return false;
+            ctrlWorkProc(&termination);
+            qd_pump_until([] { return true; });
+        }
+        return true;
     }
 
     QD_Test_Framework framework;

@@ -3,7 +3,6 @@
 
 #include "tests/support/udp_peer.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <deque>
@@ -11,8 +10,6 @@
 #include <optional>
 #include <random>
 #include <thread>
-#include <utility>
-#include <vector>
 
 /// One media datagram on its way.
 struct QD_Passing {
@@ -43,9 +40,6 @@ struct QD_Impairment {
 /// both at the same port, impaired as it is told. The same seed makes the same choices.
 class QD_Relay {
 public:
-    /// So many wait on their way at most; what comes then is dropped.
-    static constexpr size_t MOST_WAITING = 1024;
-
     QD_Relay(uint32_t from, uint32_t to, int port, unsigned seed) :
         peer_(from, port),
         to_(to),
@@ -101,7 +95,7 @@ private:
     void run()
     {
         while (going_) {
-            const std::string datagram = peer_.receive(patience_ms());
+            const std::string datagram = peer_.receive(queue_.empty() ? 10 : 1);
             std::lock_guard hold(mutex_);
             if (!datagram.empty())
                 take(datagram);
@@ -110,17 +104,6 @@ private:
                 queue_.pop_front();
             }
         }
-    }
-
-    // Only this thread touches the queue.
-    int patience_ms() const
-    {
-        constexpr std::chrono::milliseconds MOST {10};
-        if (queue_.empty())
-            return MOST.count();
-        const auto left
-            = std::chrono::ceil<std::chrono::milliseconds>(queue_.front().due - Clock::now());
-        return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), MOST).count());
     }
 
     bool chosen(int percent) { return static_cast<int>(random_() % 100) < percent; }
@@ -144,13 +127,7 @@ private:
 
     void enqueue(const std::string& datagram)
     {
-        if (queue_.size() == MOST_WAITING) {
-            ++dropped_;
-            return;
-        }
-        const int jitter = impairment_.jitter_ms > 0
-            ? static_cast<int>(random_() % static_cast<unsigned>(impairment_.jitter_ms + 1))
-            : 0;
+        const int jitter = std::uniform_int_distribution(0, impairment_.jitter_ms)(random_);
         auto due = std::max(stalled_until_,
             Clock::now() + std::chrono::milliseconds(impairment_.delay_ms + jitter));
         if (!queue_.empty())

@@ -2,17 +2,12 @@
 #pragma once
 
 #include "platform/vl/test_card.h"
+#include "tests/support/pictures.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
-#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <cstdint>
-#include <ctime>
 #include <memory>
-#include <string>
-#include <vector>
 
 /// Looks at the screen where the window is, which nothing may cover or move.
 class QD_Seeing {
@@ -34,7 +29,7 @@ public:
     /// To be called more often than pictures come; keeps what has changed.
     void note()
     {
-        Luma now = grab();
+        std::string now = grab();
         if (!now.empty() && (pictures_.empty() || pictures_.back().luma != now))
             pictures_.push_back({Clock::now(), of_day(), std::move(now)});
     }
@@ -79,11 +74,10 @@ public:
     void forget() { pictures_.erase(pictures_.begin(), pictures_.end() - !pictures_.empty()); }
 
 private:
-    using Luma = std::vector<uint8_t>;
     struct Picture {
         Clock::time_point when;
         long of_day; // milliseconds since midnight
-        Luma luma;
+        std::string luma;
     };
 
     // At five pictures a second whole ones were found to have 35.5 and more, damaged ones 30 and
@@ -93,52 +87,41 @@ private:
 
     static long of_day()
     {
-        using namespace std::chrono;
-        const auto now = system_clock::now();
-        const time_t seconds = system_clock::to_time_t(now);
+        timespec now {};
         tm local {};
-        localtime_r(&seconds, &local);
-        return local.tm_hour * 3'600'000L + local.tm_min * 60'000L + local.tm_sec * 1000L
-            + duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        ::localtime_r(&now.tv_sec, &local);
+        return (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) * 1000L
+            + now.tv_nsec / 1'000'000;
     }
 
     // As ITU-R BT.601 makes it of red, green and blue.
-    Luma grab() const
+    std::string grab() const
     {
         const std::unique_ptr<XImage, int (*)(XImage*)> image(
             XGetImage(display_.get(), DefaultRootWindow(display_.get()), left_, top_,
                 QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT, AllPlanes, ZPixmap),
             [](XImage* taken) { return XDestroyImage(taken); });
-        Luma luma;
-        for (int y = 0; image && y < QD_PICTURE_HEIGHT; ++y)
-            for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
-                const unsigned long rgb = XGetPixel(image.get(), x, y);
-                luma.push_back(static_cast<uint8_t>(16.5
-                    + ((rgb >> 16 & 255) * 66 + (rgb >> 8 & 255) * 129 + (rgb & 255) * 25)
-                        / 256.0));
-            }
+        std::string luma;
+        for (int i = 0; image && i < QD_LUMA_SIZE; ++i) {
+            const unsigned long rgb
+                = XGetPixel(image.get(), i % QD_PICTURE_WIDTH, i / QD_PICTURE_WIDTH);
+            luma += static_cast<char>(16.5
+                + ((rgb >> 16 & 255) * 66 + (rgb >> 8 & 255) * 129 + (rgb & 255) * 25) / 256.0);
+        }
         return luma;
     }
 
-    bool is_whole(const Picture& picture) const { return decibels(picture) >= WHOLE_DB; }
-
-    // Of the card of the moment that it is likest to.
-    double decibels(const Picture& picture) const
+    // Whether it is like the card of some moment before it was shown.
+    bool is_whole(const Picture& picture) const
     {
         std::string card(QD_PICTURE_SIZE, '\0');
-        double least = 1e9;
         for (long age = 0; age < MOST_AGE_MS; age += 10) {
             card_.paint(picture.of_day - age, card.data());
-            long sum = 0;
-            for (size_t i = 0; i < picture.luma.size(); ++i) {
-                const int error = picture.luma[i] - static_cast<uint8_t>(card[i]);
-                sum += error * error;
-            }
-            least = std::min(least, static_cast<double>(sum));
+            if (qd_psnr(card.data(), picture.luma.data()) >= WHOLE_DB)
+                return true;
         }
-        return 10
-            * std::log10(
-                255 * 255 * static_cast<double>(picture.luma.size()) / std::max(least, 1.0));
+        return false;
     }
 
     const QD_Test_Card card_;

@@ -4,26 +4,19 @@
 #include "tests/support/client_under_test.h"
 #include "tests/support/screen.h"
 
-/// The viewer's window whose title begins so; no good shot if there is none in time.
-inline QD_Shot qd_shoot(const QD_Client_Under_Test& viewer, const std::string& title)
+/// A shot of the viewer's window whose title begins so; "" if there is none in time.
+inline std::string qd_shoot(const QD_Client_Under_Test& viewer, const std::string& title)
 {
     QD_Person person(viewer);
-    if (!person.look_at(title))
-        return QD_Shot("");
-    const std::string file = viewer.file("shot.ppm");
-    qd_run({"import", "-window", person.window(), "-depth", "8", file});
-    return QD_Shot(file);
+    return person.look_at(title) ? qd_output("import -window " + person.window() + QD_SHOT "-")
+                                 : "";
 }
 
 /// Whether that window shows the test card of that hue before long.
 inline bool qd_shows(const QD_Client_Under_Test& viewer, const std::string& title, int hue)
 {
     return qd_wait_for(
-        [&] {
-            const QD_Shot shot = qd_shoot(viewer, title);
-            return shot.good() && qd_shows_card(shot, hue);
-        },
-        std::chrono::seconds(20));
+        [&] { return qd_shows_card(qd_shoot(viewer, title), hue); }, std::chrono::seconds(20));
 }
 
 /// What brings the camera on and the windows into a row of their own, number `row` from the top.

@@ -2,16 +2,12 @@
 #pragma once
 
 #include "platform/vk/app.h"
-#include "tests/support/temp_dir.h"
 #include "tests/support/x_server.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <Xm/Xm.h>
-#include <chrono>
 #include <cstring>
-#include <string>
-#include <vector>
 
 /// Server and application, made at the first use. The screen is QD_TEST_SCREEN
 /// ("640x480x16") if that is set, and the user's resources on the server are
@@ -47,12 +43,6 @@ private:
         left_.assign(argv.data(), argv.data() + argc);
     }
 
-    static const char* screen()
-    {
-        const char* asked = ::getenv("QD_TEST_SCREEN");
-        return asked ? asked : "1024x768x24";
-    }
-
     static Display* set_resources()
     {
         const char* asked = ::getenv("QD_TEST_RESOURCES");
@@ -66,7 +56,7 @@ private:
         return display;
     }
 
-    QD_X_Server server_ {screen()};
+    QD_X_Server server_ {::getenv("QD_TEST_SCREEN") ? ::getenv("QD_TEST_SCREEN") : "1024x768x24"};
     const QD_Temp_Dir home_;
     std::vector<std::string> left_;
 };
@@ -104,24 +94,16 @@ inline void qd_click(Widget widget)
     XtVaGetValues(widget, XmNwidth, &at.width, XmNheight, &at.height, nullptr);
     if (!XtIsWidget(widget)) // a gadget lives in its parent's window
         XtVaGetValues(widget, XmNx, &at.x, XmNy, &at.y, nullptr);
-    XEvent event {};
-    event.xbutton.display = XtDisplayOfObject(widget);
-    event.xbutton.window = XtWindowOfObject(widget);
-    event.xbutton.time = now;
-    event.xbutton.x = at.x + at.width / 2;
-    event.xbutton.y = at.y + at.height / 2;
-    event.xbutton.root = RootWindowOfScreen(XtScreenOfObject(widget));
-    event.xbutton.button = Button1;
-    event.xbutton.same_screen = True;
     Position root_x = 0;
     Position root_y = 0;
     XtTranslateCoords(widget, static_cast<Position>(at.width / 2),
         static_cast<Position>(at.height / 2), &root_x, &root_y);
-    event.xbutton.x_root = root_x;
-    event.xbutton.y_root = root_y;
     for (int type : {ButtonPress, ButtonRelease}) {
-        event.xbutton.type = type;
-        event.xbutton.state = type == ButtonRelease ? Button1Mask : 0;
+        XEvent event {};
+        event.xbutton = {type, 0, False, XtDisplayOfObject(widget), XtWindowOfObject(widget),
+            RootWindowOfScreen(XtScreenOfObject(widget)), None, now, at.x + at.width / 2,
+            at.y + at.height / 2, root_x, root_y,
+            type == ButtonRelease ? unsigned {Button1Mask} : 0, Button1, True};
         XtDispatchEvent(&event);
     }
     qd_pump();
@@ -147,10 +129,8 @@ inline void qd_close_window(Widget shell)
 {
     Display* display = XtDisplay(shell);
     XEvent event {};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = XtWindow(shell);
-    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
-    event.xclient.format = 32;
+    event.xclient = {ClientMessage, 0, True, display, XtWindow(shell),
+        XInternAtom(display, "WM_PROTOCOLS", False), 32, {}};
     event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
     XSendEvent(display, XtWindow(shell), False, NoEventMask, &event);
     qd_pump();

@@ -2,12 +2,7 @@
 #pragma once
 
 #include "tests/support/process.h"
-
-#include <cstdlib>
-#include <optional>
-#include <poll.h>
-#include <string>
-#include <unistd.h>
+#include "tests/support/temp_dir.h"
 
 /// Xvfb on a display number of its own choice, which DISPLAY then names.
 class QD_X_Server {
@@ -16,23 +11,17 @@ public:
     explicit QD_X_Server(
         const char* screen = "1024x768x24", const std::vector<std::string>& options = {})
     {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            return;
-        std::vector<std::string> command {"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen",
-            "0", screen, "-nolisten", "tcp"};
+        std::vector<std::string> command {
+            "Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp"};
         command.insert(command.end(), options.begin(), options.end());
-        server_.emplace(command);
-        ::close(ends[1]);
-        // The number ends with a new line; the end of file tells of a server that could not start.
+        const QD_Temp_Dir dir;
+        server_.emplace(command, QD_Process::Set_Up {.out = dir / "number"});
         std::string number;
-        char c = 0;
-        pollfd waiting {ends[0], POLLIN, 0};
-        while (::poll(&waiting, 1, START_MS) > 0 && ::read(ends[0], &c, 1) == 1 && c != '\n')
-            number += c;
-        ::close(ends[0]);
-        if (c != '\n')
+        const bool started = qd_wait_for(
+            [&] { return (number = qd_read_file(dir / "number")).ends_with('\n'); }, START);
+        if (!started)
             return;
+        number.pop_back();
         display_ = ":" + number;
         ::setenv("DISPLAY", display_.c_str(), 1);
     }
@@ -54,7 +43,7 @@ public:
     }
 
 private:
-    static constexpr int START_MS = 20000;
+    static constexpr std::chrono::seconds START {20};
     std::optional<QD_Process> server_;
     std::optional<QD_Process> manager_; // goes first
     std::string display_;
