@@ -182,9 +182,10 @@ void QD_Soak_Member::look_at_statistics()
 void QD_Soak_Member::open_call_dialog()
 {
     main_->focus();
-    QD_Person::type({"shift+Tab", "space", "Tab"}); // Call is before Camera
+    QD_Person::type({"shift+Tab", "space"}); // from Camera
     if (held(other_->look_at("Call"), "no window Call"))
         close("Escape", "Call");
+    main_->press("Tab");
 }
 
 void QD_Soak_Member::put_away(const std::string& title)

@@ -13,8 +13,9 @@ constexpr const char* NAMELESS = "displayWindow";
 
 }
 
+// Defaults stay in the database for good; there are none for every name that comes along.
 DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args, Cardinal count) :
-    VkSimpleWindow(*name ? name : NAMELESS, DEFAULTS, args, count)
+    VkSimpleWindow(*name ? name : NAMELESS, *name ? VkResources() : DEFAULTS, args, count)
 {
     _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
     XtVaSetValues(
