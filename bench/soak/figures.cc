@@ -91,11 +91,6 @@ int QD_Figures::print(const Process& process, size_t kind, int first, int last, 
         before, after, largest,
         before > 0 ? 100.0 * static_cast<double>(after - before) / static_cast<double>(before) : 0,
         missed ? "  MISSED" : "");
-    if (getenv("DBG") && kind == 0) {
-        for (const auto& [r, x] : process.history_)
-            printf(" %ld", median(process.history_, r, kind));
-        printf("\n");
-    }
     return missed ? 1 : 0;
 }
 

@@ -150,10 +150,9 @@ void QD_Soak_Member::choose_connection(int connection)
 
 void QD_Soak_Member::choose_rate(bool fast)
 {
-    if (!open("ctrl+o", "Options"))
+    if (!open("ctrl+o", "Options") || !press("Right") || !press("Right") || !press("Tab"))
         return;
-    other_->press("Right");
-    QD_Person::type({"Right", "Tab", fast ? "End" : "Home"});
+    other_->press(fast ? "End" : "Home");
     close("Return", "Options");
     option_becomes(RATE_AT, fast ? 10 : 1, "the frame rate");
 }
