@@ -82,7 +82,7 @@ void QD_Soak_Course::use_windows(QD_Soak_Member& member, size_t number)
 void QD_Soak_Course::restore_windows(QD_Soak_Member& member, size_t number)
 {
     member.choose_connection(static_cast<int>(number % 4));
-    member.choose_rate(number % 2 == 0);
+    member.choose_rate(number % 4 != 1); // the LAN's is always high once it is applied again
     member.switch_camera();
 }
 
