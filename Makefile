@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: build programs configured demo test sanitize fuzz bench lint install package screenshots packages clean
+.PHONY: build programs configured demo test sanitize fuzz bench soak lint install package screenshots packages clean
 
 packages:
 	@tools/install-packages.sh
@@ -44,6 +44,12 @@ bench: build
 	@tools/bench-clips.sh $(BUILD)/bench-clips
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
 	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done
+
+# Whether what the programs hold grows over MINUTES of everything that people do with them.
+MINUTES ?= 10
+soak: configured
+	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target soak
+	@$(BUILD)/soak $(MINUTES) 12
 
 # Beneath PREFIX; with DESTDIR, as if PREFIX were in there.
 PREFIX ?= /usr/local

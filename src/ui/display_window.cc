@@ -15,8 +15,9 @@ static_assert(QD_Member::PICTURE_SIZE == VkPictureDisplay::SIZE); // what draw()
 
 }
 
+// Defaults stay in the database for good; there are none for every name that comes along.
 DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args, Cardinal count) :
-    VkSimpleWindow(*name ? name : NAMELESS, DEFAULTS, args, count)
+    VkSimpleWindow(*name ? name : NAMELESS, *name ? VkResources() : DEFAULTS, args, count)
 {
     _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
     XtVaSetValues(

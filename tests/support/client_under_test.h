@@ -60,7 +60,8 @@ private:
 /// A person at the real windows, by xdotool.
 class QD_Person {
 public:
-    explicit QD_Person(const QD_Client_Under_Test& client) : client_(client) {}
+    explicit QD_Person(const QD_Client_Under_Test& client) : QD_Person(client.pid()) {}
+    explicit QD_Person(pid_t client) : client_(client) {}
 
     /// Finds the client's window whose title begins so and keeps to it. Returns whether it is
     /// there; look_at() waits for it.
@@ -114,10 +115,10 @@ private:
     std::string search(const std::string& title) const
     {
         const std::string windows = qd_output("xdotool search --onlyvisible --all --pid "
-            + std::to_string(client_.pid()) + " --name '^" + title + "'");
+            + std::to_string(client_) + " --name '^" + title + "'");
         return windows.substr(0, windows.find('\n'));
     }
 
-    const QD_Client_Under_Test& client_;
+    const pid_t client_;
     std::string window_;
 };

@@ -36,6 +36,9 @@ constexpr VkResource LOOKS[] = {
     {"*menuBar*XmCascadeButton.background", "#d9dfe5"},
     {"*XmPushButton.background", "#f3f5f7"},
 
+    // What a window's widgets were converted from text goes with them.
+    {"*initialResourcesPersistent", "False"},
+
     // Shapes.
     {"*enableThinThickness", "True"},
     {"*highlightThickness", "1"},
