@@ -107,7 +107,7 @@ protected:
                 const double tone = qd_amplitude(last, 440);
                 const double power
                     = std::inner_product(last.begin(), last.end(), last.begin(), 0.0) / 4000;
-                return tone * tone / 2 > 0.9 * power;
+                return tone * tone / 2 > 0.98 * power;
             },
             PATIENCE);
     }

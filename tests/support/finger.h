@@ -1,12 +1,17 @@
 // How soon a window of this process answers to a button that is pressed.
 #pragma once
 
+#include "tests/support/wait.h"
 #include "tests/support/x_app.h"
 
 #include <Xm/PushB.h>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <random>
+#include <thread>
+#include <vector>
 
 /// Another program, with a connection of its own, that presses an XmPushButton
 /// of this one, which is on the screen.

@@ -4,8 +4,6 @@
 #include "tests/support/process.h"
 #include "tests/support/temp_dir.h"
 
-#include <cstring>
-
 /// The server. PULSE_SERVER and XDG_RUNTIME_DIR point to it from construction
 /// on, whether it runs or not; it lives in a directory of its own.
 ///
@@ -64,7 +62,7 @@ public:
     {
         const std::string bytes = qd_read_file(file_);
         std::vector<int16_t> heard(bytes.size() / 2);
-        std::memcpy(heard.data(), bytes.data(), heard.size() * 2); // both are of this machine
+        bytes.copy(reinterpret_cast<char*>(heard.data()), heard.size() * 2);
         return heard;
     }
 

@@ -3,6 +3,7 @@
 
 #include "tests/support/udp_peer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <deque>
@@ -10,6 +11,8 @@
 #include <optional>
 #include <random>
 #include <thread>
+#include <utility>
+#include <vector>
 
 /// One media datagram on its way.
 struct QD_Passing {

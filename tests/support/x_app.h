@@ -8,6 +8,7 @@
 #include <X11/Xutil.h>
 #include <Xm/Xm.h>
 #include <cstring>
+#include <poll.h>
 
 /// Server and application, made at the first use. The screen is QD_TEST_SCREEN
 /// ("640x480x16") if that is set, and the user's resources on the server are
