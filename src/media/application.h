@@ -18,8 +18,12 @@
 /// before it destroys it.
 class QD_Application {
 public:
+    /// Whose datagrams are received: also what strangers send, or only what
+    /// process_message() may take for a member's.
+    enum Senders { EVERYBODY, MEMBERS };
+
     /// `port` is both the local one and every peer's.
-    explicit QD_Application(int port);
+    explicit QD_Application(int port, Senders senders = EVERYBODY);
     QD_Application(const QD_Application&) = delete;
     QD_Application& operator=(const QD_Application&) = delete;
     virtual ~QD_Application();
@@ -68,6 +72,7 @@ private:
     std::unique_ptr<QD_AppReadThread> read_thread_;
     std::atomic<int> data_sock_ = -1;
     const int port_;
+    const Senders senders_;
     std::atomic<int> sequence = 0;
     std::vector<char> packet_; // kept from packet to packet
     QD_Mutex send_mutex_;      // closing and sending exclude each other
