@@ -23,7 +23,7 @@ constexpr uint16_t SIGNALLING_PORT = 5000;
 enum { ANNA = 2, BERNT, EAR, STRANGERS };
 constexpr int STRANGER_COUNT = 3;
 constexpr double RATE = 50000; // datagrams a second, to either port
-constexpr seconds TIME {8};
+constexpr seconds TIME {6};
 constexpr seconds QUIET {3}; // afterwards
 constexpr double LEAST_HEARD = 0.95;
 constexpr double LEAST_PICTURES = 1; // a second
