@@ -78,6 +78,7 @@ TEST_F(MemberTest, OneRequestACallOpenBeforePictureBeforeClose)
 {
     member_.close_dpy_req();
     request_picture(1);
+    request_picture(2); // takes its place, and asks for nothing more
     member_.open_dpy_req();
     for (int served = 0; served < 4; ++served)
         member_.handle_events();
