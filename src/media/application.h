@@ -10,6 +10,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <vector>
 
 /// One medium of the conference over UDP: what is sent goes as one datagram to
@@ -18,8 +20,12 @@
 /// before it destroys it.
 class QD_Application {
 public:
+    /// Whose datagrams are received: also what strangers send, or only what
+    /// process_message() may take for a member's.
+    enum Senders { EVERYBODY, MEMBERS };
+
     /// `port` is both the local one and every peer's.
-    explicit QD_Application(int port);
+    explicit QD_Application(int port, Senders senders = EVERYBODY);
     QD_Application(const QD_Application&) = delete;
     QD_Application& operator=(const QD_Application&) = delete;
     virtual ~QD_Application();
@@ -65,10 +71,15 @@ protected:
     QD_Session_Control* const sess_ctrl;
 
 private:
+    int send_to_others(int sock, const QD_Roster& roster);
+
     std::unique_ptr<QD_AppReadThread> read_thread_;
     std::atomic<int> data_sock_ = -1;
     const int port_;
+    const Senders senders_;
     std::atomic<int> sequence = 0;
-    std::vector<char> packet_; // kept from packet to packet
-    QD_Mutex send_mutex_;      // closing and sending exclude each other
+    std::vector<char> packet_; // this and the next two: kept from packet to packet
+    std::vector<sockaddr_in> destinations_;
+    std::vector<mmsghdr> messages_;
+    QD_Mutex send_mutex_; // closing and sending exclude each other
 };

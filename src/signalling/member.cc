@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 QD_Member::QD_Member() = default;
 
@@ -118,41 +119,29 @@ void QD_Member::set_display(QD_Display_Factory* factory, const QD_Wake* wake)
     wake_ = wake;
 }
 
-void QD_Member::request() const
+// A request that waits already has raised for itself: however many come, they
+// leave no more to do than one.
+void QD_Member::request(bool& waits, const char* picture)
 {
-    if (wake_ != nullptr)
+    bool waited = false;
+    {
+        QD_Sem_Hold hold(sem_);
+        if (picture != nullptr) {
+            if (!frame_)
+                frame_ = std::make_unique<char[]>(PICTURE_SIZE);
+            memcpy(frame_.get(), picture, PICTURE_SIZE);
+        }
+        waited = std::exchange(waits, true);
+    }
+    if (!waited && wake_ != nullptr)
         wake_->raise();
 }
 
-void QD_Member::open_dpy_req()
-{
-    {
-        QD_Sem_Hold hold(sem_);
-        open_dpy_ = true;
-    }
-    request();
-}
+void QD_Member::open_dpy_req() { request(open_dpy_); }
 
-void QD_Member::close_dpy_req()
-{
-    {
-        QD_Sem_Hold hold(sem_);
-        close_dpy_ = true;
-    }
-    request();
-}
+void QD_Member::close_dpy_req() { request(close_dpy_); }
 
-void QD_Member::display_req(const char* picture)
-{
-    {
-        QD_Sem_Hold hold(sem_);
-        if (!frame_)
-            frame_ = std::make_unique<char[]>(PICTURE_SIZE);
-        memcpy(frame_.get(), picture, PICTURE_SIZE);
-        display_ = true;
-    }
-    request();
-}
+void QD_Member::display_req(const char* picture) { request(display_, picture); }
 
 void QD_Member::handle_events()
 {

@@ -110,7 +110,7 @@ public:
 private:
     void copy_identity(const QD_Member& other);
     void clear_requests();
-    void request() const;
+    void request(bool& waits, const char* picture = nullptr);
     void show_statistics();
 
     std::unique_ptr<QD_Display_View> dpy_win;

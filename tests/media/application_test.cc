@@ -1,5 +1,6 @@
 #include "media/application.h"
 
+#include "media/member_filter.h"
 #include "tests/support/session.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/wait.h"
@@ -18,7 +19,7 @@ struct Message {
 
 class Recorder : public QD_Application {
 public:
-    Recorder() : QD_Application(PORT) {}
+    explicit Recorder(Senders senders = EVERYBODY) : QD_Application(PORT, senders) {}
 
     int process_message(rtp_fix_header* hdr, char* data, int len) override
     {
@@ -97,6 +98,47 @@ TEST_F(ApplicationTest, TakesDatagramsOfAnyLengthAndGoesOn)
     EXPECT_EQ(got[2].header, (rtp_fix_header {2, 0, 0, 0, 0, 15, 5, 6, 7}));
     EXPECT_EQ(got[3].payload, std::string(64988, 'z'));
     app.close();
+}
+
+TEST_F(ApplicationTest, WhatNoMemberSentIsNeverReceivedIfAsked)
+{
+    Recorder app(QD_Application::MEMBERS);
+    join(-9, qd_test_host(1));
+    ASSERT_EQ(app.init(), 0);
+    join(7, qd_test_host(2));
+    QD_Udp_Peer peer(qd_test_host(2), PORT);
+    const auto packet = [](char first, int sender) {
+        std::string header("\0\x0f\0\5\0\0\0\6", 8);
+        header[0] = first;
+        for (int shift = 24; shift >= 0; shift -= 8)
+            header += static_cast<char>(static_cast<uint32_t>(sender) >> shift);
+        return header + "z";
+    };
+    const auto receives = [&](const std::vector<std::string>& datagrams) {
+        const size_t before = app.messages().size();
+        for (const std::string& datagram : datagrams)
+            peer.send(datagram, qd_test_host(1));
+        peer.send(packet('\x80', -9), qd_test_host(1)); // the last
+        qd_wait_for([&] {
+            const auto got = app.messages();
+            return got.size() > before && got.back().header.ssrc == static_cast<uint32_t>(-9);
+        });
+        return app.messages().size() - before - 1;
+    };
+    const std::string good = packet('\xbf', 7);
+    EXPECT_EQ(receives({good, good.substr(0, 12)}), 2u);
+    EXPECT_EQ(receives({packet('\x40', 7), packet('\xc0', 7), packet('\x80', 8), "",
+                  good.substr(0, 11), good.substr(0, 1)}),
+        0u);
+    session_->delete_member(7);
+    EXPECT_EQ(receives({good}), 0u);
+
+    QD_Roster too_many;
+    too_many.entries.resize(3000);
+    EXPECT_EQ(qd_receive_members_only(app.get_data_sock(), too_many), -1);
+    EXPECT_EQ(receives({packet('\x40', 8)}), 1u) << "then rather everybody's";
+    app.close();
+    join(7, qd_test_host(2)); // which concerns it no more
 }
 
 TEST_F(ApplicationTest, ThePacketNumberWrapsOnTheWireOnly)

@@ -41,6 +41,7 @@ TEST_F(MemberTest, OneRequestACallOpenBeforePictureBeforeClose)
 {
     member_.close_dpy_req();
     request_picture(1);
+    request_picture(2); // takes its place, and asks for nothing more
     member_.open_dpy_req();
     // The first picture after opening only prepares the window.
     EXPECT_THAT(serve(4), ElementsAre("made anna@127.0.0.9", "shown", "prepared", "closed"));

@@ -4,12 +4,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-QD_Fd qd_open_media_socket()
+int qd_discard_empty(int fd)
 {
-    QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!fd)
-        return fd;
-
     // Accepts what is longer than a UDP header: an empty datagram would read as an end.
     constexpr uint32_t udp_header = 8;
     sock_filter program[] = {
@@ -19,7 +15,15 @@ QD_Fd qd_open_media_socket()
         BPF_STMT(BPF_RET | BPF_K, 0),
     };
     const sock_fprog filter {sizeof program / sizeof program[0], program};
-    if (::setsockopt(fd.get(), SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter) < 0)
+    return ::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter);
+}
+
+QD_Fd qd_open_media_socket()
+{
+    QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!fd)
+        return fd;
+    if (qd_discard_empty(fd.get()) < 0)
         return QD_Fd();
     const int size = QD_MEDIA_RECEIVE_BUFFER; // the system may grant less
     ::setsockopt(fd.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
