@@ -12,6 +12,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Looks at the screen where the window is, which nothing may cover or move.
@@ -34,9 +35,16 @@ public:
     /// To be called more often than pictures come; keeps what has changed.
     void note()
     {
-        Luma now = grab();
-        if (!now.empty() && (pictures_.empty() || pictures_.back().luma != now))
-            pictures_.push_back({Clock::now(), of_day(), std::move(now)});
+        const Image image = grab();
+        const auto when = Clock::now();
+        if (!image)
+            return;
+        const std::string_view now(
+            image->data, static_cast<size_t>(image->bytes_per_line * image->height));
+        if (now == pixels_)
+            return;
+        pixels_ = now;
+        pictures_.push_back({when, of_day(), luma_of(image.get())});
     }
 
     struct Report {
@@ -75,6 +83,20 @@ public:
         return after;
     }
 
+    /// A whole picture that was shown.
+    struct Showing {
+        Clock::time_point when;
+        double age_ms; // of the card, to ten milliseconds
+    };
+    std::vector<Showing> showings() const
+    {
+        std::vector<Showing> all;
+        for (const Picture& picture : pictures_)
+            if (const Likest likest = find_likest(picture); likest.decibels >= WHOLE_DB)
+                all.push_back({picture.when, likest.age_ms});
+        return all;
+    }
+
     /// Forgets all pictures but the newest.
     void forget() { pictures_.erase(pictures_.begin(), pictures_.end() - !pictures_.empty()); }
 
@@ -90,6 +112,7 @@ private:
     // less.
     static constexpr double WHOLE_DB = 33;
     static constexpr long MOST_AGE_MS = 700;
+    static constexpr long CARD_STEP_MS = 10;
 
     static long of_day()
     {
@@ -102,17 +125,21 @@ private:
             + duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
     }
 
-    // As ITU-R BT.601 makes it of red, green and blue.
-    Luma grab() const
+    using Image = std::unique_ptr<XImage, int (*)(XImage*)>;
+    Image grab() const
     {
-        const std::unique_ptr<XImage, int (*)(XImage*)> image(
-            XGetImage(display_.get(), DefaultRootWindow(display_.get()), left_, top_,
-                QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT, AllPlanes, ZPixmap),
+        return Image(XGetImage(display_.get(), DefaultRootWindow(display_.get()), left_, top_,
+                         QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT, AllPlanes, ZPixmap),
             [](XImage* taken) { return XDestroyImage(taken); });
+    }
+
+    // As ITU-R BT.601 makes it of red, green and blue.
+    static Luma luma_of(XImage* image)
+    {
         Luma luma;
-        for (int y = 0; image && y < QD_PICTURE_HEIGHT; ++y)
+        for (int y = 0; y < QD_PICTURE_HEIGHT; ++y)
             for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
-                const unsigned long rgb = XGetPixel(image.get(), x, y);
+                const unsigned long rgb = XGetPixel(image, x, y);
                 luma.push_back(static_cast<uint8_t>(16.5
                     + ((rgb >> 16 & 255) * 66 + (rgb >> 8 & 255) * 129 + (rgb & 255) * 25)
                         / 256.0));
@@ -120,30 +147,48 @@ private:
         return luma;
     }
 
-    bool is_whole(const Picture& picture) const { return decibels(picture) >= WHOLE_DB; }
+    bool is_whole(const Picture& picture) const
+    {
+        return find_likest(picture).decibels >= WHOLE_DB;
+    }
 
-    // Of the card of the moment that it is likest to.
-    double decibels(const Picture& picture) const
+    /// The card of the moment that a picture is likest to.
+    struct Likest {
+        double decibels;
+        double age_ms;
+    };
+    Likest find_likest(const Picture& picture) const
     {
         std::string card(QD_PICTURE_SIZE, '\0');
-        double least = 1e9;
-        for (long age = 0; age < MOST_AGE_MS; age += 10) {
+        double least = 1e18;
+        long newest = 0; // of several that are alike: the card moves by whole points
+        long oldest = 0;
+        for (long age = 0; age < MOST_AGE_MS; age += CARD_STEP_MS) {
             card_.paint(picture.of_day - age, card.data());
             long sum = 0;
             for (size_t i = 0; i < picture.luma.size(); ++i) {
                 const int error = picture.luma[i] - static_cast<uint8_t>(card[i]);
                 sum += error * error;
             }
+            if (static_cast<double>(sum) < least)
+                newest = age;
+            if (static_cast<double>(sum) <= least)
+                oldest = age;
             least = std::min(least, static_cast<double>(sum));
         }
-        return 10
-            * std::log10(
-                255 * 255 * static_cast<double>(picture.luma.size()) / std::max(least, 1.0));
+        // A card is that of the step of time that it was painted in.
+        const double within
+            = static_cast<double>(picture.of_day % CARD_STEP_MS) - CARD_STEP_MS / 2.0;
+        return {10
+                * std::log10(
+                    255 * 255 * static_cast<double>(picture.luma.size()) / std::max(least, 1.0)),
+            static_cast<double>(newest + oldest) / 2 + within};
     }
 
     const QD_Test_Card card_;
     const std::unique_ptr<Display, int (*)(Display*)> display_;
     int left_ = 0;
     int top_ = 0;
+    std::string pixels_; // as they were seen last
     std::vector<Picture> pictures_;
 };
