@@ -27,7 +27,7 @@ constexpr int RELAY = 20; // where Anna believes Bernt to be
 constexpr int STARTS = 10; // each with devices that beat at other times
 constexpr milliseconds SETTLING {1000};
 constexpr milliseconds WATCHED {2600};
-constexpr milliseconds LOOK {2}; // how often the screen is looked at
+constexpr milliseconds LOOK {3}; // how often the screen is looked at
 
 constexpr int FRAME = 800;      // samples
 constexpr int BLOCK = 80;       // what the devices move at once

@@ -54,6 +54,8 @@ private:
 int main()
 {
     const QD_X_Server server;
+    if (server.display().empty())
+        return 1;
     std::vector<double> seconds;
     for (int i = 0; i < STARTS; ++i) {
         const Onlooker onlooker;

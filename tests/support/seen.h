@@ -12,7 +12,6 @@
 #include <ctime>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// Looks at the screen where the window is, which nothing may cover or move.
@@ -35,16 +34,9 @@ public:
     /// To be called more often than pictures come; keeps what has changed.
     void note()
     {
-        const Image image = grab();
-        const auto when = Clock::now();
-        if (!image)
-            return;
-        const std::string_view now(
-            image->data, static_cast<size_t>(image->bytes_per_line * image->height));
-        if (now == pixels_)
-            return;
-        pixels_ = now;
-        pictures_.push_back({when, of_day(), luma_of(image.get())});
+        Luma now = grab();
+        if (!now.empty() && (pictures_.empty() || pictures_.back().luma != now))
+            pictures_.push_back({Clock::now(), of_day(), std::move(now)});
     }
 
     struct Report {
@@ -83,17 +75,38 @@ public:
         return after;
     }
 
-    /// A whole picture that was shown.
+    /// A picture that was shown, whole or not, and how old it was then: what its card says, which
+    /// moves every ten milliseconds.
     struct Showing {
         Clock::time_point when;
-        double age_ms; // of the card, to ten milliseconds
+        double age_ms;
     };
     std::vector<Showing> showings() const
     {
+        constexpr long STEP_MS = 10;
+        std::string card(QD_PICTURE_SIZE, '\0');
         std::vector<Showing> all;
-        for (const Picture& picture : pictures_)
-            if (const Likest likest = find_likest(picture); likest.decibels >= WHOLE_DB)
-                all.push_back({picture.when, likest.age_ms});
+        for (const Picture& picture : pictures_) {
+            long least = -1;
+            long newest = 0; // of the cards that are likest, since it moves by whole points
+            long oldest = 0;
+            for (long age = 0; age < MOST_AGE_MS; age += STEP_MS) {
+                card_.paint(picture.of_day - age, card.data());
+                long sum = 0;
+                for (size_t i = 0; i < picture.luma.size(); ++i) {
+                    const int error
+                        = static_cast<uint8_t>(picture.luma[i]) - static_cast<uint8_t>(card[i]);
+                    sum += error * error;
+                }
+                if (least < 0 || sum < least)
+                    newest = age;
+                if (least < 0 || sum <= least)
+                    oldest = age;
+                least = least < 0 ? sum : std::min(least, sum);
+            }
+            const auto within = static_cast<double>(picture.of_day % STEP_MS - STEP_MS / 2);
+            all.push_back({picture.when, static_cast<double>(newest + oldest) / 2 + within});
+        }
         return all;
     }
 
@@ -112,7 +125,6 @@ private:
     // less.
     static constexpr double WHOLE_DB = 33;
     static constexpr long MOST_AGE_MS = 700;
-    static constexpr long CARD_STEP_MS = 10;
 
     static long of_day()
     {
@@ -125,21 +137,17 @@ private:
             + duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
     }
 
-    using Image = std::unique_ptr<XImage, int (*)(XImage*)>;
-    Image grab() const
-    {
-        return Image(XGetImage(display_.get(), DefaultRootWindow(display_.get()), left_, top_,
-                         QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT, AllPlanes, ZPixmap),
-            [](XImage* taken) { return XDestroyImage(taken); });
-    }
-
     // As ITU-R BT.601 makes it of red, green and blue.
-    static Luma luma_of(XImage* image)
+    Luma grab() const
     {
+        const std::unique_ptr<XImage, int (*)(XImage*)> image(
+            XGetImage(display_.get(), DefaultRootWindow(display_.get()), left_, top_,
+                QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT, AllPlanes, ZPixmap),
+            [](XImage* taken) { return XDestroyImage(taken); });
         Luma luma;
-        for (int y = 0; y < QD_PICTURE_HEIGHT; ++y)
+        for (int y = 0; image && y < QD_PICTURE_HEIGHT; ++y)
             for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
-                const unsigned long rgb = XGetPixel(image, x, y);
+                const unsigned long rgb = XGetPixel(image.get(), x, y);
                 luma.push_back(static_cast<uint8_t>(16.5
                     + ((rgb >> 16 & 255) * 66 + (rgb >> 8 & 255) * 129 + (rgb & 255) * 25)
                         / 256.0));
@@ -147,48 +155,30 @@ private:
         return luma;
     }
 
-    bool is_whole(const Picture& picture) const
-    {
-        return find_likest(picture).decibels >= WHOLE_DB;
-    }
+    bool is_whole(const Picture& picture) const { return decibels(picture) >= WHOLE_DB; }
 
-    /// The card of the moment that a picture is likest to.
-    struct Likest {
-        double decibels;
-        double age_ms;
-    };
-    Likest find_likest(const Picture& picture) const
+    // Of the card of the moment that it is likest to.
+    double decibels(const Picture& picture) const
     {
         std::string card(QD_PICTURE_SIZE, '\0');
-        double least = 1e18;
-        long newest = 0; // of several that are alike: the card moves by whole points
-        long oldest = 0;
-        for (long age = 0; age < MOST_AGE_MS; age += CARD_STEP_MS) {
+        double least = 1e9;
+        for (long age = 0; age < MOST_AGE_MS; age += 10) {
             card_.paint(picture.of_day - age, card.data());
             long sum = 0;
             for (size_t i = 0; i < picture.luma.size(); ++i) {
                 const int error = picture.luma[i] - static_cast<uint8_t>(card[i]);
                 sum += error * error;
             }
-            if (static_cast<double>(sum) < least)
-                newest = age;
-            if (static_cast<double>(sum) <= least)
-                oldest = age;
             least = std::min(least, static_cast<double>(sum));
         }
-        // A card is that of the step of time that it was painted in.
-        const double within
-            = static_cast<double>(picture.of_day % CARD_STEP_MS) - CARD_STEP_MS / 2.0;
-        return {10
-                * std::log10(
-                    255 * 255 * static_cast<double>(picture.luma.size()) / std::max(least, 1.0)),
-            static_cast<double>(newest + oldest) / 2 + within};
+        return 10
+            * std::log10(
+                255 * 255 * static_cast<double>(picture.luma.size()) / std::max(least, 1.0));
     }
 
     const QD_Test_Card card_;
     const std::unique_ptr<Display, int (*)(Display*)> display_;
     int left_ = 0;
     int top_ = 0;
-    std::string pixels_; // as they were seen last
     std::vector<Picture> pictures_;
 };
