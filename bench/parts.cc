@@ -15,38 +15,29 @@ extern "C" {
 #include <chrono>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <random>
+#include <span>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int ROUNDS = 60;
+constexpr size_t ROUNDS = 60;
 constexpr int LINES = 20000;
 
-double microseconds(const std::function<void()>& work)
+template <class Work> double microseconds(Work work)
 {
     const auto start = Clock::now();
     work();
     return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
 }
 
-/// Two pieces of work in turn: the medians of their times.
-struct Pair {
-    double ours;
-    double theirs;
-    double ratio() const { return ours / theirs; }
+/// What took how long in each round, with us and with a public library.
+struct Times {
+    std::vector<double> ours;
+    std::vector<double> theirs;
+    double ratio() const { return qd_median(ours) / qd_median(theirs); }
 };
-Pair compare(const std::function<void()>& ours, const std::function<void()>& theirs)
-{
-    std::vector<double> times[2];
-    for (int i = 0; i < ROUNDS; ++i) {
-        times[0].push_back(microseconds(ours));
-        times[1].push_back(microseconds(theirs));
-    }
-    return {qd_median(times[0]), qd_median(times[1])};
-}
 
 // A sum of tones that swells, and noise.
 std::vector<short> make_voice(size_t count)
@@ -93,10 +84,10 @@ public:
     bool good() const { return good_; }
     size_t frame_size() const { return static_cast<size_t>(coder_->frame_size); }
 
-    void encode(const std::vector<short>& in)
+    void encode(std::span<const short> in)
     {
         av_frame_make_writable(frame_.get());
-        memcpy(frame_->data[0], in.data(), in.size() * sizeof in[0]);
+        memcpy(frame_->data[0], in.data(), in.size_bytes());
         frame_->pts += frame_->nb_samples;
         av_packet_unref(packet_.get());
         avcodec_send_frame(coder_.get(), frame_.get());
@@ -126,29 +117,34 @@ int measure_adpcm()
         fprintf(stderr, "no adpcm_ima_ssi in libavcodec\n");
         return 1;
     }
-    const std::vector<short> voice = make_voice(library.frame_size());
-    const int count = static_cast<int>(voice.size());
-    std::vector<uint8_t> codes(voice.size() / 2);
-    std::vector<short> decoded(voice.size());
+    const size_t count = library.frame_size();
+    const int samples = static_cast<int>(count);
+    const std::vector<short> voice = make_voice(ROUNDS * count); // no processor learns it by heart
+    std::vector<uint8_t> codes(count / 2);
+    std::vector<short> decoded(count);
     adpcm_state coder;
     adpcm_state decoder;
-    const auto encode = [&] { adpcm_coder(voice.data(), codes.data(), count, &coder); };
-    const auto decode = [&] { adpcm_decoder(codes.data(), decoded.data(), count, &decoder); };
-    encode();
-    decode();
-    library.encode(voice);
-    library.decode();
-    if (library.packet().size != count / 2 || library.decoded().nb_samples != count
-        || !std::equal(codes.begin(), codes.end(), library.packet().data)
-        || memcmp(decoded.data(), library.decoded().data[0], decoded.size() * 2) != 0) {
-        fprintf(stderr, "the two ADPCM coders do not do the same\n");
-        return 1;
+    Times coding;
+    Times decoding;
+    for (size_t round = 0; round < ROUNDS; ++round) {
+        const std::span in(&voice[round * count], count);
+        coding.ours.push_back(
+            microseconds([&] { adpcm_coder(in.data(), codes.data(), samples, &coder); }));
+        coding.theirs.push_back(microseconds([&] { library.encode(in); }));
+        decoding.ours.push_back(
+            microseconds([&] { adpcm_decoder(codes.data(), decoded.data(), samples, &decoder); }));
+        decoding.theirs.push_back(microseconds([&] { library.decode(); }));
+        if (library.packet().size != samples / 2 || library.decoded().nb_samples != samples
+            || !std::equal(codes.begin(), codes.end(), library.packet().data)
+            || memcmp(decoded.data(), library.decoded().data[0], count * sizeof(short)) != 0) {
+            fprintf(stderr, "the two ADPCM coders do not do the same\n");
+            return 1;
+        }
     }
-    const Pair coding = compare(encode, [&] { library.encode(voice); });
-    const Pair decoding = compare(decode, [&] { library.decode(); });
     printf("ADPCM, %d samples: coded %.1f us, libavcodec %.1f us; decoded %.1f us, libavcodec"
            " %.1f us\n",
-        count, coding.ours, coding.theirs, decoding.ours, decoding.theirs);
+        samples, qd_median(coding.ours), qd_median(coding.theirs), qd_median(decoding.ours),
+        qd_median(decoding.theirs));
     char beside[100];
     snprintf(beside, sizeof beside, "of libavcodec's; coding %.2f, decoding %.2f", coding.ratio(),
         decoding.ratio());
@@ -160,24 +156,29 @@ void measure_gsm()
 {
     constexpr size_t samples = QD_Gsm_Codec::SAMPLES;
     constexpr size_t bytes = QD_Gsm_Codec::PACKET_SIZE;
-    const std::vector<short> voice = make_voice(samples);
+    const std::vector<short> voice = make_voice(ROUNDS * samples);
     QD_Gsm_Codec ours;
     std::array<uint8_t, bytes> packet;
     std::array<short, samples> heard;
     const std::unique_ptr<gsm_state, void (*)(gsm)> library(gsm_create(), gsm_destroy);
-    const auto in = std::span<const short, samples>(voice);
-    const Pair coding = compare([&] { ours.encode(in, packet); },
-        [&] {
+    Times coding;
+    Times decoding;
+    for (size_t round = 0; round < ROUNDS; ++round) {
+        const std::span<const short, samples> in(&voice[round * samples], samples);
+        coding.ours.push_back(microseconds([&] { ours.encode(in, packet); }));
+        decoding.ours.push_back(microseconds([&] { ours.decode(packet, heard); }));
+        coding.theirs.push_back(microseconds([&] {
             for (size_t i = 0; i < 5; ++i)
-                gsm_encode(library.get(), const_cast<short*>(&voice[i * 160]), &packet[i * 33]);
-        });
-    const Pair decoding = compare([&] { ours.decode(packet, heard); },
-        [&] {
+                gsm_encode(library.get(), const_cast<short*>(&in[i * 160]), &packet[i * 33]);
+        }));
+        decoding.theirs.push_back(microseconds([&] {
             for (size_t i = 0; i < 5; ++i)
                 gsm_decode(library.get(), &packet[i * 33], &heard[i * 160]);
-        });
+        }));
+    }
     printf("GSM, %zu samples: coded %.1f us, libgsm %.1f us; decoded %.1f us, libgsm %.1f us\n",
-        samples, coding.ours, coding.theirs, decoding.ours, decoding.theirs);
+        samples, qd_median(coding.ours), qd_median(coding.theirs), qd_median(decoding.ours),
+        qd_median(decoding.theirs));
 }
 
 int measure_trace()
