@@ -9,9 +9,14 @@
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
-#include <mutex>
+#include <map>
+#include <poll.h>
 #include <sys/inotify.h>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -73,10 +78,10 @@ public:
         while (Clock::now() < end) {
             pollfd moved {moves_.get(), POLLIN, 0};
             ::poll(&moved, 1, 20);
-            hearing_.note();
             char events[4096];
             while (::read(moves_.get(), events, sizeof events) > 0)
                 ;
+            hearing_.note();
         }
         return hearing_;
     }

@@ -12,8 +12,10 @@
 #include <chrono>
 #include <deque>
 #include <filesystem>
+#include <string>
 #include <sys/select.h>
 #include <thread>
+#include <vector>
 
 namespace {
 

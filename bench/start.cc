@@ -5,6 +5,9 @@
 #include "tests/support/x_server.h"
 
 #include <X11/Xlib.h>
+#include <chrono>
+#include <memory>
+#include <vector>
 
 namespace {
 

@@ -126,8 +126,8 @@ double cpu_ms()
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
-/// What each picture took, in milliseconds: with us, and with libavcodec alone, which is told the
-/// quantiser that ours came to.
+/// What each picture took, in milliseconds: with us, and with libavcodec alone, asked for the same
+/// quantiser, but coding each picture once, whatever its size.
 struct Times {
     std::vector<double> encode, decode, bare_encode, bare_decode;
 };
