@@ -39,11 +39,12 @@ fuzz:
 	@tools/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # Figures, with the budgets beside them.
-BENCHES = bench_control_loop bench_display bench_hostile bench_impairment bench_membership bench_scale bench_video
+BENCHES = bench_parts bench_sound_path bench_display bench_control_loop bench_start bench_delay \
+          bench_membership bench_video bench_impairment bench_hostile bench_scale
 bench: build
 	@tools/bench-clips.sh $(BUILD)/bench-clips
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target $(BENCHES)
-	@for bench in $(BENCHES); do echo "== $$bench"; $(BUILD)/$$bench || exit 1; done
+	@tools/bench.sh $(BUILD) $(BENCHES)
 
 # Whether what the programs hold grows over MINUTES of everything that people do with them.
 MINUTES ?= 10

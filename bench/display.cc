@@ -1,16 +1,17 @@
 // How long a picture takes to the screen: converted and put, and from the
 // thread that posts it until the server has drawn it. Medians in milliseconds,
 // on Xvfb at depth 24 and 16. usage: bench_display [ROUNDS]
+#include "bench/budgets.h"
 #include "platform/net/wake.h"
 #include "platform/vk/app.h"
 #include "signalling/member.h"
 #include "tests/support/bars.h"
+#include "tests/support/percentile.h"
 #include "tests/support/x_server.h"
 #include "ui/display_factory.h"
 #include "ui/display_window.h"
 
 #include <X11/StringDefs.h>
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -25,13 +26,6 @@ using Clock = std::chrono::steady_clock;
 double milliseconds_since(Clock::time_point start)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double>& times)
-{
-    const auto middle = times.begin() + static_cast<ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 void pump()
@@ -68,7 +62,7 @@ double convert_and_put(int times, int rounds)
         spent.push_back(milliseconds_since(start));
         pump();
     }
-    return median(spent);
+    return qd_median(spent);
 }
 
 /// A thread posts to a member at rest; the loop wakes, serves the request, and
@@ -108,17 +102,19 @@ double posted_to_drawn(int rounds)
     }
     poster.join();
     member.close_display();
-    return median(spent);
+    return qd_median(spent);
 }
 
-void measure(const char* screen, int rounds)
+int measure(const char* screen, int rounds)
 {
     char program[] = "bench";
     char* argv[] = {program, nullptr};
     int argc = 1;
     const VkApp application("Application", &argc, argv);
-    std::printf("%s: convert and put %.3f ms at 1x, %.3f ms at 3x; posted to drawn %.3f ms\n",
-        screen, convert_and_put(1, rounds), convert_and_put(3, rounds), posted_to_drawn(rounds));
+    const double normal = convert_and_put(1, rounds);
+    const double large = convert_and_put(3, rounds);
+    std::printf("%s: convert and put %.3f ms at 1x, %.3f ms at 3x\n", screen, normal, large);
+    return qd_report(QD_POSTED_TO_DRAWN, posted_to_drawn(rounds), screen);
 }
 
 }
@@ -128,8 +124,7 @@ int main(int argc, char** argv)
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 500;
     if (argc > 2) { // one screen: the process can have one display only
         const QD_X_Server server(argv[2]);
-        measure(argv[2], rounds);
-        return 0;
+        return measure(argv[2], rounds);
     }
     int failed = 0;
     for (const char* screen : {"1280x1024x24", "1280x1024x16"})

@@ -64,17 +64,15 @@ struct Run {
     {
         const int signed_diff = sample - valpred;
         const int sign = signed_diff >> 31;
-        int diff = (signed_diff ^ sign) - sign;
-        int vpdiff = step >> 3;
+        const int diff = (signed_diff ^ sign) - sign;
+        int rest = diff;
         unsigned magnitude = 0;
         for (int shift = 0; shift < 3; ++shift) {
-            const int part = step >> shift;
-            const int taken = -static_cast<int>(diff >= part); // all ones or none
-            diff -= part & taken;
-            vpdiff += part & taken;
-            magnitude |= static_cast<unsigned>(taken) & (4U >> shift);
+            const int less = rest - (step >> shift);
+            magnitude |= static_cast<unsigned>(less >= 0) << (2 - shift);
+            rest = less >= 0 ? less : rest;
         }
-        follow(vpdiff, sign != 0, magnitude);
+        follow((step >> 3) + diff - rest, sign != 0, magnitude);
         return magnitude | (static_cast<unsigned>(sign) & 8);
     }
 

@@ -6,7 +6,7 @@ import re
 import subprocess
 import sys
 
-DOCUMENTS = ["guide", "operating", "performance", "security"]
+DOCUMENTS = ["guide", "operating", "performance", "scale", "security"]
 
 root = pathlib.Path(sys.argv[1])
 faults = []

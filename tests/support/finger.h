@@ -1,11 +1,11 @@
 // How soon a window of this process answers to a button that is pressed.
 #pragma once
 
+#include "tests/support/percentile.h"
 #include "tests/support/wait.h"
 #include "tests/support/x_app.h"
 
 #include <Xm/PushB.h>
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -85,10 +85,3 @@ private:
     Time time_ = 0;
     std::atomic<Clock::rep> entered_ = 0;
 };
-
-/// The value that a share (0..1) of the values does not exceed.
-inline double qd_percentile(std::vector<double> values, double share)
-{
-    std::sort(values.begin(), values.end());
-    return values[static_cast<size_t>(share * static_cast<double>(values.size() - 1))];
-}

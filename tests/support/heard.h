@@ -63,6 +63,13 @@ public:
         std::vector<double> delays_ms {}; // from one to two seconds afterwards, sorted
     };
 
+    /// A block of ten milliseconds that was heard.
+    struct Passage {
+        long sample; // its first, as notes count what is said
+        int place;   // of that sample in the voice
+        Clock::time_point heard;
+    };
+
     QD_Hearing(pid_t speaker, std::string voice, std::string mix) :
         speaker_(speaker),
         voice_(std::move(voice)),
@@ -121,25 +128,52 @@ public:
         return report;
     }
 
+    /// What was said and heard since the first note, each block at the note that first saw it.
+    std::vector<Passage> passages() const
+    {
+        const std::vector<short> mix = read_mix();
+        std::vector<Passage> passages;
+        for (size_t i = 1; i < notes_.size(); ++i) {
+            const long at = notes_[i - 1].heard;
+            const std::optional<long> said = notes_[i].heard > at ? said_at(mix, at) : std::nullopt;
+            if (said && *said >= notes_.front().said)
+                passages.push_back(
+                    {*said, counted_.place(mix[static_cast<size_t>(at)]), notes_[i].when});
+        }
+        return passages;
+    }
+
+    /// The note that first saw the sample said.
+    Clock::time_point when_said(long sample) const
+    {
+        const auto found = std::upper_bound(notes_.begin(), notes_.end(), sample,
+            [](long at, const Note& note) { return at < note.said; });
+        return found == notes_.end() ? notes_.back().when : found->when;
+    }
+
 private:
     static constexpr long HEADER = 44; // bytes before the samples
     static constexpr long LEAD = 8000; // samples heard before, to know what is new
 
     // From how far the client has read the file.
-    std::optional<long> said_so_far() const
+    std::optional<long> said_so_far()
+    {
+        std::string word;
+        long position = 0;
+        if (std::ifstream(voice_info_) >> word >> position && position >= HEADER)
+            return (position - HEADER) / 2 % QD_Counted_Voice::LENGTH;
+        find_voice();
+        return std::nullopt;
+    }
+
+    // What tells of the client's descriptor of the file.
+    void find_voice()
     {
         const std::string process = "/proc/" + std::to_string(speaker_);
         std::error_code error;
-        for (const auto& fd : std::filesystem::directory_iterator(process + "/fd", error)) {
-            if (std::filesystem::read_symlink(fd, error) != voice_)
-                continue;
-            std::ifstream info(process + "/fdinfo/" + fd.path().filename().string());
-            std::string word;
-            long position = 0;
-            if (info >> word >> position && position >= HEADER)
-                return (position - HEADER) / 2 % QD_Counted_Voice::LENGTH;
-        }
-        return std::nullopt;
+        for (const auto& fd : std::filesystem::directory_iterator(process + "/fd", error))
+            if (std::filesystem::read_symlink(fd, error) == voice_)
+                voice_info_ = process + "/fdinfo/" + fd.path().filename().string();
     }
 
     // The header of the file may be a second old.
@@ -185,6 +219,7 @@ private:
 
     const pid_t speaker_;
     const std::string voice_;
+    std::string voice_info_;
     const std::string mix_;
     const QD_Counted_Voice counted_;
     std::vector<Note> notes_;

@@ -18,7 +18,8 @@
 struct QD_Passing {
     std::chrono::steady_clock::time_point when;
     unsigned seq;
-    int length; // of the payload
+    int length;        // of the payload
+    std::string front; // the first 12 bytes of the payload
 };
 
 /// What passes now; `datagram` has a whole header.
@@ -26,7 +27,7 @@ inline QD_Passing qd_passing(const std::string& datagram)
 {
     const auto byte = [&](size_t at) { return unsigned {static_cast<uint8_t>(datagram[at])}; };
     return {std::chrono::steady_clock::now(), byte(2) << 8 | byte(3),
-        static_cast<int>(datagram.size()) - 12};
+        static_cast<int>(datagram.size()) - 12, datagram.substr(12, 12)};
 }
 
 /// What a relay does to what passes; nothing by default. Shares are percent of

@@ -71,6 +71,41 @@ public:
         return after;
     }
 
+    /// A picture that was shown, whole or not, and how old it was then: what its card says, which
+    /// moves every ten milliseconds.
+    struct Showing {
+        Clock::time_point when;
+        double age_ms;
+    };
+    std::vector<Showing> showings() const
+    {
+        constexpr long STEP_MS = 10;
+        std::string card(QD_PICTURE_SIZE, '\0');
+        std::vector<Showing> all;
+        for (const Picture& picture : pictures_) {
+            long least = -1;
+            long newest = 0; // of the cards that are likest, since it moves by whole points
+            long oldest = 0;
+            for (long age = 0; age < MOST_AGE_MS; age += STEP_MS) {
+                card_.paint(picture.of_day - age, card.data());
+                long sum = 0;
+                for (size_t i = 0; i < picture.luma.size(); ++i) {
+                    const int error
+                        = static_cast<uint8_t>(picture.luma[i]) - static_cast<uint8_t>(card[i]);
+                    sum += error * error;
+                }
+                if (least < 0 || sum < least)
+                    newest = age;
+                if (least < 0 || sum <= least)
+                    oldest = age;
+                least = least < 0 ? sum : std::min(least, sum);
+            }
+            const auto within = static_cast<double>(picture.of_day % STEP_MS - STEP_MS / 2);
+            all.push_back({picture.when, static_cast<double>(newest + oldest) / 2 + within});
+        }
+        return all;
+    }
+
     /// Forgets all pictures but the newest.
     void forget() { pictures_.erase(pictures_.begin(), pictures_.end() - !pictures_.empty()); }
 
