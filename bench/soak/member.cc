@@ -68,10 +68,12 @@ bool QD_Soak_Member::comes()
 
 void QD_Soak_Member::leave(bool by_window)
 {
-    if (by_window)
-        main_->press("ctrl+q");
-    else
+    if (by_window) {
+        turn_to_main();
+        QD_Person::type({"ctrl+q"});
+    } else {
         process().tell("end\n");
+    }
     const std::optional<int> status = process().wait(PATIENCE);
     held(status.has_value(), "does not end");
     held(status == 0, "ends with a status other than 0: " + said());
@@ -88,9 +90,25 @@ void QD_Soak_Member::read_everything_printed()
     }
 }
 
+/// Gives the keyboard to the main window. A window manager that is late takes it away once more
+/// when another window has gone.
+void QD_Soak_Member::turn_to_main()
+{
+    int steady = 0;
+    const auto has_stayed = [&] {
+        if (qd_output("xdotool getwindowfocus -f") != main_->window() + "\n") {
+            steady = 0;
+            main_->focus();
+        }
+        return ++steady > 3;
+    };
+    held(qd_wait_for(has_stayed, PATIENCE), "the main window does not keep the keyboard");
+}
+
 bool QD_Soak_Member::open(const char* keys, const char* title)
 {
-    main_->press(keys);
+    turn_to_main();
+    QD_Person::type({keys});
     return held(other_->look_at(title), std::string("no window ") + title);
 }
 
@@ -159,7 +177,7 @@ void QD_Soak_Member::choose_rate(bool fast)
 
 void QD_Soak_Member::switch_camera()
 {
-    main_->focus();
+    turn_to_main();
     if (!std::exchange(at_camera_, true))
         QD_Person::type({"Tab", "Tab", "Tab", "Tab"}); // from the list of users
     QD_Person::type({"space"});
@@ -167,7 +185,7 @@ void QD_Soak_Member::switch_camera()
 
 void QD_Soak_Member::move_cutoff()
 {
-    main_->focus();
+    turn_to_main();
     QD_Person::type({"Tab", "Tab", "Tab", "Right", "Right", "Left", "Left"});
     QD_Person::type({"shift+Tab", "shift+Tab", "shift+Tab"});
 }
@@ -180,11 +198,12 @@ void QD_Soak_Member::look_at_statistics()
 
 void QD_Soak_Member::open_call_dialog()
 {
-    main_->focus();
+    turn_to_main();
     QD_Person::type({"shift+Tab", "space"}); // from Camera
     if (held(other_->look_at("Call"), "no window Call"))
         close("Escape", "Call");
-    main_->press("Tab");
+    turn_to_main();
+    QD_Person::type({"Tab"});
 }
 
 void QD_Soak_Member::put_away(const std::string& title)

@@ -49,6 +49,7 @@ public:
 
 private:
     bool held(bool held, const std::string& what);
+    void turn_to_main();
     bool open(const char* keys, const char* title);
     void close(const char* key, const char* title);
     bool press(const char* key);

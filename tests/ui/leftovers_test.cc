@@ -1,6 +1,7 @@
 // What windows leave behind when they go.
 #include "tests/ui/ui_test.h"
 
+#include "signalling/session_control.h"
 #include "ui/display_window.h"
 #include "ui/options_window.h"
 
@@ -30,6 +31,7 @@ template <class Make> double left_by(Make make)
 TEST(Leftovers, OfWindowsAreFewBytes)
 {
     ui_app();
+    const QD_Session_Ref session; // the options are its
     EXPECT_LT(left_by([](int) { return new OptionsWindowMainWindow("optionsWindow"); }), 1000);
     const auto video = [](int number) {
         return new DisplayWindowMainWindow(("guest" + std::to_string(number)).c_str());
