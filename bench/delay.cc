@@ -2,10 +2,10 @@
 // to the far loudspeaker; a picture, from the camera to the far window. Between
 // them stands a relay that changes nothing and keeps the times.
 #include "bench/budgets.h"
-#include "tests/support/heard.h"
+#include "bench/heard.h"
+#include "bench/seen.h"
 #include "tests/support/percentile.h"
 #include "tests/support/relay.h"
-#include "tests/support/seen.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 

@@ -1,8 +1,8 @@
 // What strangers can do to a call: two real clients, and rubbish on all ports of
 // the one that hears and sees. Exits non-zero if too little of the call is left.
 #include "bench/flood.h"
-#include "tests/support/heard.h"
-#include "tests/support/seen.h"
+#include "bench/heard.h"
+#include "bench/seen.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"

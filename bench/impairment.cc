@@ -1,9 +1,9 @@
 // What a bad network does to sound and pictures between two real clients, with
 // a relay between them. Exits non-zero if sound is not back under 300 ms of
 // delay within a second.
-#include "tests/support/heard.h"
+#include "bench/heard.h"
+#include "bench/seen.h"
 #include "tests/support/relay.h"
-#include "tests/support/seen.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 
