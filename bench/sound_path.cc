@@ -12,6 +12,7 @@
 #include <chrono>
 #include <deque>
 #include <filesystem>
+#include <sched.h>
 #include <string>
 #include <sys/select.h>
 #include <thread>
@@ -37,6 +38,15 @@ void join_everybody()
     QD_Session_Ref session;
     for (int id = 1; id <= SELF; ++id)
         session->new_member(new QD_Member(nullptr, id, "m", qd_test_host(id == SELF ? 1 : id + 1)));
+}
+
+/// Keeps this thread, and those that it starts from now on, to one processor if there are two.
+void keep_to(unsigned processor)
+{
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(processor, &one);
+    ::sched_setaffinity(0, sizeof one, &one);
 }
 
 /// The descriptor by which this process reads the file; -1 if it does not.
@@ -123,8 +133,10 @@ int measure_sending()
     setenv("QD_MIC", ("file:" + dir / "voice.wav").c_str(), 1);
 
     const Others others;
+    keep_to(0);
     QD_AudioApp app;
     app.init();
+    keep_to(1); // this one looks at the file without a pause, which is not to hold up the others
     join_everybody();
     app.play();
     constexpr struct {
