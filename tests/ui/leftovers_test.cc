@@ -20,6 +20,8 @@ template <class Make> double left_by(Make make)
             before = mallinfo2().uordblks;
         {
             const std::unique_ptr<VkSimpleWindow> window(make(i));
+            window->show();
+            qd_pump();
         }
         qd_pump();
     }

@@ -1,6 +1,7 @@
 #include "platform/vk/simple_window.h"
 
 #include "platform/vk/app.h"
+#include "platform/vk/drawn_text.h"
 
 #include <X11/Xatom.h>
 #include <Xm/Form.h>
@@ -79,6 +80,9 @@ void VkSimpleWindow::makeShell(ArgList args, Cardinal count)
     setBaseWidget(XtCreatePopupShell(const_cast<String>(name()), topLevelShellWidgetClass, base,
         all.data(), static_cast<Cardinal>(all.size())));
     XtVaSetValues(baseWidget(), XmNiconName, title().c_str(), nullptr);
+    XtAddCallback(
+        baseWidget(), XmNdestroyCallback,
+        [](Widget shell, XtPointer, XtPointer) { VkForgetDrawnText(shell); }, nullptr);
 }
 
 void VkSimpleWindow::addView(VkComponent* view)
