@@ -3,6 +3,7 @@
 #include "bench/flood.h"
 #include "bench/heard.h"
 #include "bench/seen.h"
+#include "bench/usage.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
@@ -171,16 +172,6 @@ double without_room()
     return count;
 }
 
-double cpu_seconds(pid_t pid)
-{
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string word;
-    double ticks = 0;
-    for (int field = 1; field <= 15 && stat >> word; ++field)
-        ticks += field >= 14 ? std::stod(word) : 0;
-    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
-}
-
 class Conference {
 public:
     Conference()
@@ -222,7 +213,7 @@ public:
         hearing_.note();
         const size_t first = hearing_.noted();
         const double lost_before = without_room();
-        const double cpu_before = cpu_seconds(bernt_.pid());
+        const double cpu_before = qd_cpu_seconds(bernt_.pid());
         const auto memory_before = static_cast<long>(qd_resident_kilobytes(bernt_.pid()));
         const Clock::time_point begin = Clock::now();
         std::vector<std::unique_ptr<QD_Flood>> floods;
@@ -244,7 +235,7 @@ public:
         }
         callers.reset();
         floods.clear();
-        const double cpu = (cpu_seconds(bernt_.pid()) - cpu_before) / time * 100;
+        const double cpu = (qd_cpu_seconds(bernt_.pid()) - cpu_before) / time * 100;
         const auto grown = static_cast<long>(qd_resident_kilobytes(bernt_.pid())) - memory_before;
         const double lost = without_room() - lost_before;
         watch(QUIET, false);

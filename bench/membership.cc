@@ -1,5 +1,6 @@
 // Membership at scale: how soon everybody knows of everybody, and what it costs.
 // Agents without clients in this one process, over real connections to a real broker.
+#include "bench/usage.h"
 #include "tests/support/broker.h"
 #include "tests/support/crowd.h"
 
@@ -22,16 +23,6 @@ double broker_megabytes(const QD_Test_Broker& broker)
         if (line.starts_with("VmHWM:"))
             return std::stod(line.substr(6)) / 1024;
     return -1;
-}
-
-double broker_cpu_seconds(const QD_Test_Broker& broker)
-{
-    std::ifstream stat("/proc/" + std::to_string(broker.pid()) + "/stat");
-    std::string word;
-    double ticks = 0;
-    for (int field = 1; field <= 15 && stat >> word; ++field)
-        ticks += field >= 14 ? std::stod(word) : 0;
-    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 double own_cpu_seconds()
@@ -71,10 +62,10 @@ int one_conference(int count)
     const double took = Seconds(QD_Clock::real().now() - begin).count();
 
     constexpr double SPAN = 10;
-    const double broker_before = broker_cpu_seconds(broker);
+    const double broker_before = qd_cpu_seconds(broker.pid());
     const double own_before = own_cpu_seconds();
     crowd.run_for(std::chrono::seconds(static_cast<int>(SPAN)));
-    const double broker_load = (broker_cpu_seconds(broker) - broker_before) / SPAN * 100;
+    const double broker_load = (qd_cpu_seconds(broker.pid()) - broker_before) / SPAN * 100;
     const double agent_load = (own_cpu_seconds() - own_before) / SPAN * 100 / count;
     printf("%9d %14.2f s %14.1f MB %14.1f %% %14.2f %%\n", count, took, broker_megabytes(broker),
         broker_load, agent_load);
