@@ -34,6 +34,7 @@ for panel, (title, column) in zip(panels, PANELS):
         rows = found.get(name, [])
         values = [row[own if column is None else column] for row in rows]
         panel.plot([row[MEMBERS] for row in rows], values, style, label=label, markersize=4)
-    panel.set(title=title, xlabel="members", xlim=0, ylim=0)
+    top = 1.1 * panel.dataLim.ymax
+    panel.set(title=title, xlabel="members", xlim=0, ylim=(0, top))
     panel.legend()
 figure.savefig(sys.argv[1], dpi=100)
