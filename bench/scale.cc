@@ -234,7 +234,7 @@ template <class Value> double slope(const std::vector<Figures>& figures, Value v
 
 std::vector<Figures> run(const Plan& plan)
 {
-    const QD_X_Server x_server("1280x1024x24", {"-maxclients", "512"});
+    const QD_X_Server x_server("1280x1024x24", "-maxclients 512");
     Conference conference(plan.all);
     std::vector<Figures> all;
     print_head(plan);

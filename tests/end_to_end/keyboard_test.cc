@@ -23,10 +23,9 @@ void use_everything()
 {
     QD_Temp_Dir dir;
     QD_Client_Under_Test client(2, at_the_keyboard(dir));
-    client.framework().announce(2, 2, "m2");
+    ASSERT_TRUE(client.meets({2}));
     QD_Person main(client);
     ASSERT_TRUE(main.look_at("Quendal"));
-    ASSERT_TRUE(client.framework().settle());
 
     // From the list by the buttons to Camera. The window it brings leaves the keyboard where it is.
     main.focus();
@@ -79,6 +78,6 @@ TEST(Keyboard, ServesAllWithAWindowManagerAndWithout)
         server.manage();
         use_everything();
     }
-    const QD_X_Server without_shared_memory("800x600x16", {"-extension", "MIT-SHM"});
+    const QD_X_Server without_shared_memory("800x600x16", "-extension MIT-SHM");
     use_everything();
 }

@@ -14,8 +14,9 @@ TEST(Shutdown, EveryWayOutEndsCleanly)
         ASSERT_TRUE(person.look_at("Quendal"));
         person.press(keys);
     };
-    const auto hear
-        = [](Client& client, const std::string& bytes) { client.framework().send(bytes); };
+    const auto send = [](Client& client, const std::string& bytes) {
+        client.framework().send(std::string("\0\0\0\1", 4) + bytes);
+    };
     struct {
         const char* why;
         std::function<void(Client&)> way;
@@ -26,16 +27,13 @@ TEST(Shutdown, EveryWayOutEndsCleanly)
         {"the framework", [](Client& client) { client.framework().end_session(); }, 0},
         {"a signal", [](Client& client) { kill(client.pid(), SIGTERM); }, 0},
         {"a link that closes", [](Client& client) { client.framework().close_link(); }, 1},
-        {"one that breaks",
-            [&](Client& client) { hear(client, std::string("\0\0\0\1\xff\xff\xff\xff", 8)); }, 1},
-        {"one that stalls in an event",
-            [&](Client& client) { hear(client, std::string("\0\0\0\1\0\0", 6)); }, 1},
+        {"one that breaks", [&](Client& client) { send(client, "\xff\xff\xff\xff"); }, 1},
+        {"one that stalls in an event", [&](Client& client) { send(client, "\1\1"); }, 1},
     };
     for (const auto& c : ways) {
         SCOPED_TRACE(c.why);
         Client client(2, {});
-        client.framework().announce(1, 2, "me");
-        ASSERT_TRUE(client.framework().settle());
+        ASSERT_TRUE(client.meets({2}));
         c.way(client);
         EXPECT_EQ(client.wait(), c.status);
         EXPECT_EQ(qd_read_file(client.file(".qd.cfg")).size(), 280u);

@@ -12,7 +12,7 @@ class InstallTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        QD_Process::Set_Up quiet;
+        QD_Surroundings quiet;
         quiet.out = dir_.file("install.log");
         quiet.environment = {{"DESTDIR", dir_.path()}};
         ASSERT_EQ(qd_run({"cmake", "--install", QD_BUILD_DIR, "--prefix", "/opt/qd"}, quiet), 0)
@@ -31,10 +31,8 @@ TEST_F(InstallTest, ClientsRunFromThePrefixAndTakeItsApplicationDefaults)
     QD_X_Server x_server;
     std::ofstream(installed("share/X11/app-defaults/Application"), std::ios::app)
         << "*showStatistics: True\n*statWindow.title: Installed figures\n";
-    QD_Process::Set_Up set_up;
-    set_up.in_pipe = true;
+    QD_Surroundings set_up;
     set_up.out = dir_.file("log");
-    set_up.errors = "&1";
     set_up.environment = {{"QD_MIC", "silence"}, {"QD_SPEAKER", "null"}};
     QD_Process conference(
         {installed("bin/quendal-conference"), "run", "--dir", dir_.file("members"), "anna"},

@@ -37,7 +37,7 @@ public:
         std::vector<std::string> command {"mosquitto", "-c", dir_ / "conf"};
         process_.reset();
         unlink(log().c_str());
-        process_.emplace(at_ ? at_(command) : command, QD_Process::Set_Up {.errors = log()});
+        process_.emplace(at_ ? at_(command) : command, QD_Surroundings {.out = log()});
         return qd_wait_for(
             [&] { return qd_read_file(log()).find(" running") != std::string::npos; });
     }

@@ -28,8 +28,7 @@ public:
         auto environment = set_up.environment;
         environment.insert({{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
             {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}});
-        child_.emplace(
-            command, QD_Process::Set_Up {file("log"), "&1", dir_.path(), std::move(environment)});
+        child_.emplace(command, QD_Surroundings {file("log"), dir_.path(), std::move(environment)});
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
 
@@ -37,6 +36,15 @@ public:
     bool registered() const { return registered_; }
 
     QD_Test_Framework& framework() { return framework_; }
+
+    /// Tells it of members: "m2" is number 2, at that address. Returns whether it has taken them
+    /// in.
+    bool meets(std::initializer_list<int> members)
+    {
+        for (int member : members)
+            framework_.announce(member, member, "m" + std::to_string(member));
+        return registered_ && framework_.settle();
+    }
 
     /// Ends the session. Returns the exit status, nothing if it does not end.
     std::optional<int> end()

@@ -5,48 +5,55 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <spawn.h>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
+struct QD_Surroundings {
+    std::string out {};       // file that all it prints is added to, "" for what we print to
+    std::string directory {}; // current directory, "" for ours
+    std::map<std::string, std::string> environment {}; // beside or instead of ours
+};
+
 /// Killed when this object or the test goes.
 class QD_Process {
 public:
-    struct Set_Up {
-        std::string out {};       // file for standard output, "" for ours
-        std::string errors {};    // file for standard error, "" for ours, "&1" for that of `out`
-        std::string directory {}; // current directory, "" for ours
-        std::map<std::string, std::string> environment {}; // beside or instead of ours
-        bool in_pipe = false;                              // standard input is what tell() writes
-    };
-
-    explicit QD_Process(const std::vector<std::string>& command) : QD_Process(command, Set_Up()) {}
-    QD_Process(const std::vector<std::string>& command, const Set_Up& set_up)
+    explicit QD_Process(
+        const std::vector<std::string>& command, const QD_Surroundings& surroundings = {})
     {
+        std::vector<std::string> words {"setpriv", "--pdeathsig", "KILL", "env"};
+        if (!surroundings.directory.empty())
+            words.insert(words.end(), {"-C", surroundings.directory});
+        for (const auto& [name, value] : surroundings.environment)
+            words.push_back(name + "=" + value);
+        words.insert(words.end(), command.begin(), command.end());
         std::vector<char*> args;
-        for (const std::string& word : command)
-            args.push_back(const_cast<char*>(word.c_str()));
+        for (std::string& word : words)
+            args.push_back(word.data());
         args.push_back(nullptr);
+
         int in[2] = {-1, -1};
-        if (set_up.in_pipe && ::pipe2(in, O_CLOEXEC) != 0)
+        if (::pipe2(in, O_CLOEXEC) != 0)
             return;
-        const pid_t parent = getpid();
-        pid_ = fork();
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            if (getppid() == parent)
-                become(args.data(), set_up, in[0]);
-            _exit(127);
-        }
-        ::close(in[0]);
         in_ = in[1];
+        posix_spawn_file_actions_t files;
+        posix_spawn_file_actions_init(&files);
+        posix_spawn_file_actions_adddup2(&files, in[0], STDIN_FILENO);
+        if (!surroundings.out.empty()) {
+            posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, surroundings.out.c_str(),
+                O_WRONLY | O_CREAT | O_APPEND, 0600);
+            posix_spawn_file_actions_adddup2(&files, STDOUT_FILENO, STDERR_FILENO);
+        }
+        if (posix_spawnp(&pid_, args[0], &files, nullptr, args.data(), environ) != 0)
+            pid_ = -1;
+        posix_spawn_file_actions_destroy(&files);
+        ::close(in[0]);
     }
     ~QD_Process()
     {
@@ -68,10 +75,12 @@ public:
     std::optional<int> wait(std::chrono::milliseconds bound)
     {
         int status = 0;
-        if (!qd_wait_for([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, bound))
-            return std::nullopt;
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        if (pid_ > 0
+            && qd_wait_for([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, bound)) {
+            pid_ = -1;
+            status_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        }
+        return status_;
     }
 
     /// Sends the signal (0: none) and waits for the end. Returns the exit status, -1 if killed.
@@ -83,30 +92,9 @@ public:
     }
 
 private:
-    static void redirect(const std::string& file, int fd)
-    {
-        if (!file.empty())
-            dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), fd);
-    }
-
-    static void become(char** args, const Set_Up& set_up, int in)
-    {
-        redirect(set_up.out, STDOUT_FILENO);
-        if (set_up.errors == "&1")
-            dup2(STDOUT_FILENO, STDERR_FILENO);
-        else
-            redirect(set_up.errors, STDERR_FILENO);
-        if (in >= 0)
-            dup2(in, STDIN_FILENO);
-        if (!set_up.directory.empty() && chdir(set_up.directory.c_str()) != 0)
-            return;
-        for (const auto& [name, value] : set_up.environment)
-            setenv(name.c_str(), value.c_str(), 1);
-        execvp(args[0], args);
-    }
-
     pid_t pid_ = -1;
     int in_ = -1;
+    std::optional<int> status_;
 };
 
 /// What a shell command prints, its complaints left out.
@@ -122,9 +110,9 @@ inline std::string qd_output(const std::string& command)
 }
 
 /// Runs a command to its end. Returns its exit status.
-inline int qd_run(const std::vector<std::string>& command, const QD_Process::Set_Up& set_up = {})
+inline int qd_run(const std::vector<std::string>& command, const QD_Surroundings& surroundings = {})
 {
-    return QD_Process(command, set_up).end(0);
+    return QD_Process(command, surroundings).end(0);
 }
 
 /// Memory that a process has in use now.

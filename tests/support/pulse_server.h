@@ -28,8 +28,7 @@ public:
                 "-Lmodule-native-protocol-unix auth-anonymous=1 socket=" + dir_.file("native"),
                 sink + "speaker", sink + "micfeed",
                 "-Lmodule-remap-source source_name=microphone master=micfeed.monitor"},
-            QD_Process::Set_Up {
-                .out = dir_ / "log", .errors = "&1", .environment = {{"HOME", dir_.path()}}});
+            QD_Surroundings {.out = dir_ / "log", .environment = {{"HOME", dir_.path()}}});
         return qd_wait_for([] {
             return qd_output("pactl set-default-source microphone"
                              " && pactl set-default-sink speaker && echo done")

@@ -12,9 +12,8 @@ public:
     void start(const std::vector<std::string>& command,
         const std::map<std::string, std::string>& environment)
     {
-        process_.emplace(command,
-            QD_Process::Set_Up {
-                .out = file("said"), .errors = "&1", .environment = environment, .in_pipe = true});
+        process_.emplace(
+            command, QD_Surroundings {.out = file("said"), .environment = environment});
     }
 
     /// Of its directory.

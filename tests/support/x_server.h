@@ -4,43 +4,31 @@
 #include "tests/support/process.h"
 #include "tests/support/temp_dir.h"
 
-/// Xvfb on a display number of its own choice, which DISPLAY then names.
+/// Xvfb on a display number of its own choice, which DISPLAY then names; "" if it does not start.
 class QD_X_Server {
 public:
     /// `options` are further ones of the server.
-    explicit QD_X_Server(
-        const char* screen = "1024x768x24", const std::vector<std::string>& options = {})
+    explicit QD_X_Server(const std::string& screen = "1024x768x24", const std::string& options = "")
     {
-        std::vector<std::string> command {
-            "Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp"};
-        command.insert(command.end(), options.begin(), options.end());
         const QD_Temp_Dir dir;
-        server_.emplace(command, QD_Process::Set_Up {.out = dir / "number"});
-        std::string number;
-        const bool started = qd_wait_for(
-            [&] { return (number = qd_read_file(dir / "number")).ends_with('\n'); }, START);
-        if (!started)
-            return;
-        number.pop_back();
-        display_ = ":" + number;
+        const std::string number = dir / "number";
+        server_.emplace(std::vector<std::string> {"sh", "-c",
+            "exec Xvfb -displayfd 3 -screen 0 " + screen + " -nolisten tcp " + options + " 3> "
+                + number});
+        const bool started
+            = qd_wait_for([&] { return qd_read_file(number).ends_with('\n'); }, START);
+        display_ = started ? ":" + std::to_string(atoi(qd_read_file(number).c_str())) : "";
         ::setenv("DISPLAY", display_.c_str(), 1);
     }
 
-    /// ":7"; "" if the server could not be started.
+    /// ":7"
     const std::string& display() const { return display_; }
 
     /// Starts the window manager. Its coming is to be waited for.
     void manage() { manager_.emplace(std::vector<std::string> {"mwm", "-display", display_}); }
 
-    /// Presses and releases a key for the window that has the keyboard, perhaps
-    /// while another ("alt", "ctrl") is held. Returns 0, -1 on failure.
-    int press(const std::string& key, const std::string& held = "") const
-    {
-        std::vector<std::string> command {"xdotool", "key", key};
-        if (!held.empty())
-            command = {"xdotool", "keydown", held, "key", key, "keyup", held};
-        return qd_run(command) == 0 ? 0 : -1;
-    }
+    /// Presses and releases a key for the window that has the keyboard. Returns 0 if it could.
+    int press(const std::string& key) const { return qd_run({"xdotool", "key", key}); }
 
 private:
     static constexpr std::chrono::seconds START {20};

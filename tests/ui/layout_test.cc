@@ -110,9 +110,9 @@ TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
 TEST(LayoutElsewhere, HoldsWhateverResolutionTheUserHasSet)
 {
     for (const char* resolution : {"72", "96", "192"}) {
-        QD_Process::Set_Up other;
+        QD_Surroundings other;
         other.environment["QD_TEST_RESOURCES"] = std::string("Xft.dpi: ") + resolution + "\n";
-        EXPECT_EQ(qd_run({"/proc/self/exe", "--gtest_filter=Layout.*:*.AtItsSize*:*EveryTextFits*",
+        EXPECT_EQ(qd_run({std::filesystem::read_symlink("/proc/self/exe"), "--gtest_filter=Layout.*:*.AtItsSize*:*EveryTextFits*",
                              "--gtest_brief=1"},
                       other),
             0)
