@@ -2,8 +2,8 @@
 // a relay between them. Exits non-zero if sound is not back under 300 ms of
 // delay within a second.
 #include "bench/heard.h"
+#include "bench/relay.h"
 #include "bench/seen.h"
-#include "tests/support/relay.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 

@@ -71,9 +71,10 @@ protected:
         press({"shift+Tab", "shift+Tab"});
     }
 
-    /// Whether three packets in a row come from the client with that payload type.
+    /// Whether three packets in a row come from the client with that payload type from now on.
     static bool sends(const QD_Udp_Peer& peer, int type)
     {
+        while (!peer.receive(0).empty()) {}
         int right = 0;
         return qd_wait_for(
             [&] {
