@@ -3,8 +3,8 @@
 #include "app/main_window.h"
 #include "app/termination.h"
 #include "bench/budgets.h"
+#include "bench/finger.h"
 #include "tests/support/client_under_test.h"
-#include "tests/support/finger.h"
 
 #include <fstream>
 

@@ -6,8 +6,6 @@ import re
 import subprocess
 import sys
 
-DOCUMENTS = ["guide", "operating", "performance", "scale", "security"]
-
 root = pathlib.Path(sys.argv[1])
 faults = []
 
@@ -27,12 +25,12 @@ def same(what, said, true):
 
 sources = "".join(p.read_text(encoding="utf-8") for p in (root / "src").rglob("*.cc"))
 targets = set(re.findall(r"^([a-z-]+):", read("Makefile"), re.M))
-for document in ["README.md"] + [f"docs/{name}.md" for name in DOCUMENTS]:
+for document in [root / "README.md", *(root / "docs").glob("*.md")]:
     text = read(document)
     for target in re.findall(r"(?<![\w-])make ([a-z-]+)(?=[`,.\s]*(?:`|#|\n|PREFIX|DESTDIR))", text):
         check(target in targets, f"{document}: there is no make {target}")
     for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text):
-        check((root / document).parent.joinpath(link).exists(), f"{document}: no file {link}")
+        check(document.parent.joinpath(link).exists(), f"{document}: no file {link}")
 
 tests = "".join(p.read_text(encoding="utf-8") for p in (root / "tests").rglob("*_test.cc"))
 there = {".".join(name) for name in re.findall(r"^TEST(?:_[FP])?\((\w+),\s*(\w+)\)", tests, re.M)}

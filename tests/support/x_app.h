@@ -4,15 +4,13 @@
 #include "platform/vk/app.h"
 #include "tests/support/x_server.h"
 
-#include <X11/Xatom.h>
 #include <X11/Xutil.h>
-#include <Xm/Xm.h>
-#include <cstring>
+#include <Xm/TextF.h>
 #include <poll.h>
 
 /// Server and application, made at the first use. The screen is QD_TEST_SCREEN
-/// ("640x480x16") if that is set, and the user's resources on the server are
-/// QD_TEST_RESOURCES ("Xft.dpi: 96"). The options file of the session, if one is
+/// ("640x480x16") if that is set, and of such a resolution that fonts which keep
+/// to it are far too large. The options file of the session, if one is
 /// written, lands in a directory of its own.
 class QD_Test_App {
 public:
@@ -37,27 +35,12 @@ private:
             argv.push_back(word.data());
         int argc = static_cast<int>(argv.size());
         argv.push_back(nullptr);
-        Display* resources = set_resources();
         new VkApp("Application", &argc, argv.data()); // theApplication, until the process ends
-        if (resources)
-            XCloseDisplay(resources); // not before: without clients the server forgets
         left_.assign(argv.data(), argv.data() + argc);
     }
 
-    static Display* set_resources()
-    {
-        const char* asked = ::getenv("QD_TEST_RESOURCES");
-        Display* display = asked ? XOpenDisplay(nullptr) : nullptr;
-        if (!display)
-            return nullptr;
-        XChangeProperty(display, DefaultRootWindow(display), XA_RESOURCE_MANAGER, XA_STRING, 8,
-            PropModeReplace, reinterpret_cast<const unsigned char*>(asked),
-            static_cast<int>(::strlen(asked)));
-        XSync(display, False);
-        return display;
-    }
-
-    QD_X_Server server_ {::getenv("QD_TEST_SCREEN") ? ::getenv("QD_TEST_SCREEN") : "1024x768x24"};
+    QD_X_Server server_ {
+        ::getenv("QD_TEST_SCREEN") ? ::getenv("QD_TEST_SCREEN") : "1024x768x24", "-dpi 192"};
     const QD_Temp_Dir home_;
     std::vector<std::string> left_;
 };
@@ -86,36 +69,28 @@ inline void qd_pump()
     qd_pump_until([] { return true; });
 }
 
-/// Presses and releases the first button in the middle of a widget or gadget on the screen.
-inline void qd_click(Widget widget)
+/// Sends a press and a release of the first button in a widget, which handles them later.
+inline void qd_send_click(Widget widget)
 {
     static Time now = 0;
     now += 10000; // never the second half of a double click
-    XRectangle at {};
-    XtVaGetValues(widget, XmNwidth, &at.width, XmNheight, &at.height, nullptr);
-    if (!XtIsWidget(widget)) // a gadget lives in its parent's window
-        XtVaGetValues(widget, XmNx, &at.x, XmNy, &at.y, nullptr);
-    Position root_x = 0;
-    Position root_y = 0;
-    XtTranslateCoords(widget, static_cast<Position>(at.width / 2),
-        static_cast<Position>(at.height / 2), &root_x, &root_y);
+    Position x = 0;
+    Position y = 0;
+    XtTranslateCoords(widget, 5, 5, &x, &y);
     for (int type : {ButtonPress, ButtonRelease}) {
         XEvent event {};
-        event.xbutton = {type, 0, False, XtDisplayOfObject(widget), XtWindowOfObject(widget),
-            RootWindowOfScreen(XtScreenOfObject(widget)), None, now, at.x + at.width / 2,
-            at.y + at.height / 2, root_x, root_y,
+        event.xbutton = {type, 0, True, XtDisplay(widget), XtWindow(widget),
+            RootWindowOfScreen(XtScreen(widget)), None, now, 5, 5, x, y,
             type == ButtonRelease ? unsigned {Button1Mask} : 0, Button1, True};
-        XtDispatchEvent(&event);
+        XSendEvent(XtDisplay(widget), XtWindow(widget), False, NoEventMask, &event);
     }
-    qd_pump();
+    XFlush(XtDisplay(widget));
 }
 
-/// Whether a widget's window is mapped, and all around it.
-inline bool qd_on_screen(Widget widget)
+inline void qd_click(Widget widget)
 {
-    XWindowAttributes at {};
-    XGetWindowAttributes(XtDisplay(widget), XtWindow(widget), &at);
-    return at.map_state == IsViewable;
+    qd_send_click(widget);
+    qd_pump();
 }
 
 /// Gives the keyboard to a window on the screen, as a window manager would.
@@ -163,15 +138,11 @@ inline Widget qd_find(Widget top, const char* name)
     return XtNameToWidget(top, (std::string("*") + name).c_str());
 }
 
-/// The label of a button or label, in UTF-8.
-inline std::string qd_label(Widget widget)
+/// The text of the XmTextField of that name, in UTF-8.
+inline std::string qd_text(Widget top, const char* name)
 {
-    XmString label = nullptr;
-    XtVaGetValues(widget, XmNlabelString, &label, nullptr);
-    auto* text = static_cast<char*>(XmStringUnparse(
-        label, nullptr, XmCHARSET_TEXT, XmMULTIBYTE_TEXT, nullptr, 0, XmOUTPUT_ALL));
-    std::string out = text ? text : "";
+    char* text = XmTextFieldGetString(qd_find(top, name));
+    std::string out = text;
     XtFree(text);
-    XmStringFree(label);
     return out;
 }
