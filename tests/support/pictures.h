@@ -14,28 +14,13 @@
 inline std::string qd_test_picture(int step)
 {
     std::string picture(QD_PICTURE_SIZE, '\0');
-    for (int y = 0; y < QD_PICTURE_HEIGHT; ++y)
-        for (int x = 0; x < QD_PICTURE_WIDTH; ++x) {
-            const double wave = 50 * std::sin((x + 2 * step) * 0.21) * std::cos((y + step) * 0.17);
-            picture[static_cast<size_t>(y * QD_PICTURE_WIDTH + x)]
-                = static_cast<char>(std::lround(60 + x / 2.0 + wave));
-        }
-    for (int i = 0; i < QD_CHROMA_SIZE; ++i) {
-        const int x = i % QD_CHROMA_WIDTH;
-        picture[static_cast<size_t>(QD_U_OFFSET + i)] = static_cast<char>(90 + x / 2);
-        picture[static_cast<size_t>(QD_V_OFFSET + i)]
-            = static_cast<char>(170 - i / 200 - step % 20);
+    for (int i = 0; i < QD_PICTURE_SIZE; ++i) {
+        const int x = i % QD_PICTURE_WIDTH;
+        const int y = i / QD_PICTURE_WIDTH;
+        const double wave = 50 * std::sin((x + 2 * step) * 0.21) * std::cos((y + step) * 0.17);
+        picture[static_cast<size_t>(i)] = static_cast<char>(
+            std::lround(i < QD_LUMA_SIZE ? 60 + x / 2.0 + wave : 170 - y / 2 - step % 20));
     }
-    return picture;
-}
-
-/// White noise in all planes.
-inline std::string qd_noise_picture(unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::string picture(QD_PICTURE_SIZE, '\0');
-    for (char& c : picture)
-        c = static_cast<char>(random());
     return picture;
 }
 
@@ -55,10 +40,10 @@ inline double qd_psnr(const char* a, const char* b)
 inline std::string qd_ffmpeg_decode(const std::string& format, const std::string& stream)
 {
     QD_Temp_Dir dir;
-    qd_write_file(dir.file("in"), stream);
+    qd_write_file(dir / "in", stream);
     const std::string command = "ffmpeg -nostdin -v error -xerror -f " + format + " -i "
-        + dir.file("in") + " -fps_mode passthrough -f rawvideo -pix_fmt yuv420p " + dir.file("out")
+        + dir / "in" + " -fps_mode passthrough -f rawvideo -pix_fmt yuv420p " + dir / "out"
         + " 2>&1 | grep -v 'first frame is no keyframe' >&2"; // H.261 knows none
     const bool complains = system(command.c_str()) == 0;      // grep found lines
-    return complains ? "" : qd_read_file(dir.file("out"));
+    return complains ? "" : qd_read_file(dir / "out");
 }

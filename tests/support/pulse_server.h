@@ -39,33 +39,7 @@ public:
     /// Kills it as a crash would.
     void crash() { server_.reset(); }
 
-    const QD_Temp_Dir& directory() const { return dir_; }
-
 private:
     QD_Temp_Dir dir_;
     std::optional<QD_Process> server_;
-};
-
-/// Records the loudspeaker (8000 Hz, mono) to memory from construction on.
-class QD_Pulse_Recording {
-public:
-    explicit QD_Pulse_Recording(const QD_Pulse_Server& server) :
-        file_(server.directory().file("heard")),
-        child_({"parec", "-d", "speaker.monitor", "--raw", "--format=s16le", "--rate=8000",
-            "--channels=1", "--latency-msec=20", file_})
-    {
-    }
-
-    /// What has been heard so far.
-    std::vector<int16_t> samples() const
-    {
-        const std::string bytes = qd_read_file(file_);
-        std::vector<int16_t> heard(bytes.size() / 2);
-        bytes.copy(reinterpret_cast<char*>(heard.data()), heard.size() * 2);
-        return heard;
-    }
-
-private:
-    std::string file_;
-    QD_Process child_;
 };

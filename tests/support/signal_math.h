@@ -10,16 +10,6 @@
 #include <span>
 #include <vector>
 
-/// `count` samples of a sine, 8000 a second.
-inline std::vector<int16_t> qd_sine(double hertz, size_t count, double amplitude = 8000)
-{
-    std::vector<int16_t> out(count);
-    for (size_t i = 0; i < count; ++i)
-        out[i] = static_cast<int16_t>(std::lround(
-            amplitude * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / 8000)));
-    return out;
-}
-
 /// Three seconds of speech-like noise: bursts of changing loudness, never silent for a whole frame.
 inline std::vector<int16_t> qd_noise(unsigned seed)
 {

@@ -22,12 +22,9 @@ inline std::vector<short> qd_read_wav(const std::string& path)
 
 /// Writes 16-bit sound.
 inline void qd_write_wav(
-    const std::string& path, const std::vector<short>& samples, int rate = 8000, int channels = 1)
+    const std::string& path, const std::vector<short>& samples, int channels = 1)
 {
-    SF_INFO info {};
-    info.samplerate = rate;
-    info.channels = channels;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SF_INFO info {0, 8000, channels, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
     SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
     sf_write_short(file, samples.data(), static_cast<sf_count_t>(samples.size()));
     sf_close(file);

@@ -22,9 +22,6 @@ public:
 
     QD_X_Server& server() { return server_; }
 
-    /// The words that the toolkit left.
-    const std::vector<std::string>& left() const { return left_; }
-
 private:
     explicit QD_Test_App(std::vector<std::string> words)
     {
@@ -36,13 +33,11 @@ private:
         int argc = static_cast<int>(argv.size());
         argv.push_back(nullptr);
         new VkApp("Application", &argc, argv.data()); // theApplication, until the process ends
-        left_.assign(argv.data(), argv.data() + argc);
     }
 
     QD_X_Server server_ {
         ::getenv("QD_TEST_SCREEN") ? ::getenv("QD_TEST_SCREEN") : "1024x768x24", "-dpi 192"};
     const QD_Temp_Dir home_;
-    std::vector<std::string> left_;
 };
 
 /// Handles events until `done` holds or the time is up. Returns whether it holds.

@@ -26,12 +26,8 @@
 std::shared_ptr<QD_Al_Device> qd_make_pulse_mic(const std::string& argument, std::string& why);
 std::shared_ptr<QD_Al_Device> qd_make_pulse_speaker(const std::string& argument, std::string& why);
 
-/// A gain of 0..255 as a PulseAudio volume, and back; each gain comes back exactly.
+/// A gain of 0..255 as a PulseAudio volume.
 constexpr uint32_t qd_pulse_volume(int gain)
 {
     return (static_cast<uint32_t>(gain) * 65536 + 127) / 255;
-}
-constexpr int qd_pulse_gain(uint32_t volume)
-{
-    return static_cast<int>((volume * 255 + 32768) / 65536);
 }

@@ -1,24 +1,10 @@
 #include "tests/platform/vk/vk_test.h"
 
-#include "platform/vk/app.h"
-
-#include <clocale>
-#include <langinfo.h>
-
-TEST(VkApp, TakesItsOptionsSpeaksUtf8AndKeepsThePointOfNumbers)
-{
-    EXPECT_EQ(vk_app().left(), (std::vector<std::string> {"test", "42", "stays"}));
-    EXPECT_STREQ(nl_langinfo(CODESET), "UTF-8");
-    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
-}
-
 TEST(VkApp, AMissingDisplayIsOneClearLineAndStatusOne)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    char program[] = "quendal";
-    char option[] = "-display";
-    char display[] = "nowhere.invalid:7";
-    char* argv[] = {program, option, display, nullptr};
+    std::string words[] = {"quendal", "-display", "nowhere.invalid:7"};
+    char* argv[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
     int argc = 3;
     EXPECT_EXIT(VkApp("Application", &argc, argv), testing::ExitedWithCode(1),
         "^quendal: cannot open display \"nowhere.invalid:7\"\n$");
@@ -26,7 +12,7 @@ TEST(VkApp, AMissingDisplayIsOneClearLineAndStatusOne)
 
 TEST(VkApp, AnXErrorIsReportedAndSurvived)
 {
-    vk_app();
+    QD_Test_App::get();
     testing::internal::CaptureStderr();
     XMapWindow(theApplication->display(), 0x7ffffff);
     XSync(theApplication->display(), False);
