@@ -1,32 +1,23 @@
 #include "framework/orvik_control.h"
 #include "tests/fuzz/fuzz.h"
-#include "tests/support/fake_views.h"
 #include "tests/support/framework.h"
 
 #include <netinet/tcp.h>
 
 namespace {
 
-// A client's side of the link, registered.
-struct Client {
-    Client()
-    {
-        session->setGUI(nullptr, &form);
-        qd_require(framework.accept().size() == 12);
-        const int at_once = 1;
-        ::setsockopt(framework.descriptor(), IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
-    }
-    ~Client() { session->quit(); }
-
-    QD_Session_Control* session = QD_Session_Control::instance();
-    QD_Fake_Main_View form;
-    QD_Test_Framework framework;
+// Launched by a framework as a client is, and registered.
+QD_Orvik_Control* launched_by(QD_Test_Framework& framework)
+{
     std::string port = framework.port();
-    std::string number = "1";
-    char* argv[6]
-        = {number.data(), number.data(), number.data(), number.data(), port.data(), nullptr};
-    QD_Orvik_Control control {5, argv};
-};
+    char number[] = "1";
+    char* argv[] = {number, number, number, number, port.data(), nullptr};
+    auto* control = new QD_Orvik_Control(5, argv);
+    qd_require(framework.accept().size() == 12);
+    const int at_once = 1;
+    ::setsockopt(framework.descriptor(), IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
+    return control;
+}
 
 }
 
@@ -34,16 +25,18 @@ struct Client {
 // process; the tests of the link see to them.
 void qd_fuzz(QD_Fuzz_Input input)
 {
-    static Client client;
+    static QD_Test_Framework framework;
+    static QD_Orvik_Control* const control = launched_by(framework);
+    const QD_Session_Ref session;
     while (!input.empty()) {
         const int type = input.byte();
         const std::string payload = input.chunk();
-        client.framework.send_event(type, payload);
-        client.control.handle_events(1000);
+        framework.send_event(type, payload);
+        session->get_wake().raise();
+        const bool ended = control->handle_events(1000) != 0;
+        qd_require(session->get_wake().take() == ended); // one raise, one request
         if (type == 51)
-            qd_require(client.framework.hear(8 + payload.size()).substr(8) == payload);
+            qd_require(framework.hear(8 + payload.size()).substr(8) == payload);
     }
-    client.session->reset();
-    client.form.statuses.clear();
-    client.form.stat.users.clear();
+    session->reset();
 }

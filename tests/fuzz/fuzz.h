@@ -2,13 +2,11 @@
 // test do; the sanitizers, and qd_require(), say whether that was right.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <span>
 #include <string>
-#include <utility>
+#include <string_view>
 
 class QD_Fuzz_Input;
 
@@ -26,37 +24,29 @@ inline void qd_require(bool holds)
 /// An input, read from the front; zeros once it is used up.
 class QD_Fuzz_Input {
 public:
-    QD_Fuzz_Input(const uint8_t* data, size_t size) : rest_(data, size) {}
+    explicit QD_Fuzz_Input(std::string_view input) : rest_(input) {}
 
     bool empty() const { return rest_.empty(); }
 
-    uint8_t byte()
-    {
-        if (rest_.empty())
-            return 0;
-        const uint8_t first = rest_[0];
-        rest_ = rest_.subspan(1);
-        return first;
-    }
+    uint8_t byte() { return empty() ? 0 : static_cast<uint8_t>(take(1)[0]); }
 
     /// A length, 16 bits big-endian, and so many bytes or what is left of them.
     std::string chunk()
     {
         const size_t high = byte();
-        const size_t low = byte();
-        const size_t length = std::min(high << 8 | low, rest_.size());
-        const std::string taken(rest_.begin(), rest_.begin() + static_cast<ptrdiff_t>(length));
-        rest_ = rest_.subspan(length);
-        return taken;
+        return take(high << 8 | byte());
     }
 
     /// All that is left.
-    std::string rest()
-    {
-        const auto left = std::exchange(rest_, {});
-        return {left.begin(), left.end()};
-    }
+    std::string rest() { return take(rest_.size()); }
 
 private:
-    std::span<const uint8_t> rest_;
+    std::string take(size_t length)
+    {
+        const std::string taken(rest_.substr(0, length));
+        rest_.remove_prefix(taken.size());
+        return taken;
+    }
+
+    std::string_view rest_;
 };

@@ -11,14 +11,12 @@ extern "C" int getnameinfo(const sockaddr*, socklen_t, char*, socklen_t, char*, 
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    [[maybe_unused]] static const bool prepared = [] {
-        unsetenv("HOME");
-        setenv("QD_LOCAL_ADDRESS", "127.0.0.1", 1);
-        setenv("QD_MIC", "silence", 1);
-        setenv("QD_SPEAKER", "null", 1);
-        setenv("QD_CAMERA", "testcard", 1);
-        return true;
+    [[maybe_unused]] static const int prepared = [] {
+        for (const char* variable : {"QD_LOCAL_ADDRESS=127.0.0.1", "QD_MIC=silence",
+                 "QD_SPEAKER=null", "QD_CAMERA=testcard"})
+            putenv(const_cast<char*>(variable));
+        return unsetenv("HOME");
     }();
-    qd_fuzz({data, size});
+    qd_fuzz(QD_Fuzz_Input({reinterpret_cast<const char*>(data), size}));
     return 0;
 }

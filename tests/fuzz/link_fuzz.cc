@@ -6,19 +6,6 @@
 #include <arpa/inet.h>
 #include <sys/socket.h>
 
-namespace {
-
-// What the companion tells of a member is what a client understands.
-void require_understood(const std::string& name)
-{
-    const QD_Bytes payload = qd_add_record(0x7f000002, 7, name.substr(0, QD_MAX_NAME));
-    const auto record = QD_Member_Record::decode(payload);
-    qd_require(record && record->host == htonl(0x7f000002) && record->id == 7
-        && record->name == name.substr(0, QD_MAX_NAME));
-}
-
-}
-
 // A client's stream in chunks: its registration, then events.
 void qd_fuzz(QD_Fuzz_Input input)
 {
@@ -29,7 +16,19 @@ void qd_fuzz(QD_Fuzz_Input input)
     bool registered = false;
     while (!input.empty()) {
         const std::string bytes = input.chunk();
-        require_understood(bytes);
+        // What the companion tells of a member is what a client understands.
+        const std::string name = bytes.substr(0, QD_MAX_NAME);
+        const QD_Bytes told = qd_add_record(0x7f000002, 7, name);
+        for (std::string payload : {"=", "<?"}) {
+            payload.append(told.begin() + 1, told.end());
+            const auto* whole = reinterpret_cast<const uint8_t*>(payload.data());
+            for (size_t size = 0; size < payload.size(); ++size)
+                qd_require(!QD_Member_Record::decode({whole, size}));
+            const auto record = QD_Member_Record::decode({whole, payload.size()});
+            qd_require(record && record->host == htonl(0x7f000002) && record->id == 7
+                && record->name == name && told[0] == '=');
+        }
+
         ::send(client.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
         if (link.read() != 1)
             break;

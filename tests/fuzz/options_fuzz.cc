@@ -2,7 +2,7 @@
 #include "tests/fuzz/fuzz.h"
 #include "tests/support/temp_dir.h"
 
-#include <array>
+#include <cstring>
 
 // The file, as it is.
 void qd_fuzz(QD_Fuzz_Input input)
@@ -15,9 +15,11 @@ void qd_fuzz(QD_Fuzz_Input input)
     _options options;
     const bool whole = qd_read_options_file(&options) == 0;
     qd_require(whole == (file.size() >= _options::IMAGE_SIZE));
-    std::array<uint8_t, _options::IMAGE_SIZE> once {};
-    std::array<uint8_t, _options::IMAGE_SIZE> twice {};
-    options.encode(once); // texts without an end would be read beyond their field
-    _options::decode(once).encode(twice);
-    qd_require(once == twice);
+    qd_require(strlen(options.local_name) < 50 && strlen(options.email) < 100
+        && strlen(options.server_name) < 100);
+    uint8_t image[_options::IMAGE_SIZE];
+    options.encode(image);
+    // What is no text is as it was.
+    for (size_t at = 0; whole && at < 280; ++at)
+        qd_require(image[at] == static_cast<uint8_t>(file[at]) || (at >= 8 && at < 260));
 }

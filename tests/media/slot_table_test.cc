@@ -8,17 +8,12 @@ TEST(SlotTable, AHundredMembersHaveSlotsOfTheirOwnAndTheNextWaitsForAnIdleOne)
     QD_Slot_Table table;
     bool fresh = false;
     std::set<int> slots;
-    for (int id = 1000; id < 1100; ++id) {
-        slots.insert(table.use(id, static_cast<unsigned>(id), &fresh));
-        EXPECT_TRUE(fresh);
-    }
-    EXPECT_EQ(slots.size(), 100u);
-    EXPECT_TRUE(*slots.begin() == 0 && *slots.rbegin() == 99);
-
+    for (unsigned id = 1000; id < 1100; ++id)
+        slots.insert(table.use(static_cast<int>(id), id, &fresh));
+    EXPECT_TRUE(slots.size() == 100 && *slots.begin() == 0 && *slots.rbegin() == 99);
     const int of_1001 = table.use(1001, 1500, &fresh);
     EXPECT_EQ(table.use(5, 1999, &fresh), -1) << "all were used within the last second";
     const int taken = table.use(5, 2000, &fresh);
-    EXPECT_NE(taken, of_1001);
-    EXPECT_EQ(table.use(5, 2000, &fresh), taken);
-    EXPECT_FALSE(fresh);
+    EXPECT_TRUE(taken >= 0 && taken != of_1001 && fresh);
+    EXPECT_TRUE(table.use(5, 2000, &fresh) == taken && !fresh);
 }

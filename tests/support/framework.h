@@ -73,9 +73,9 @@ public:
 private:
     static std::string word(uint32_t value)
     {
-        std::string bytes(4, '\0');
-        qd_put_u32(reinterpret_cast<uint8_t*>(bytes.data()), value);
-        return bytes;
+        uint8_t bytes[4];
+        qd_put_u32(bytes, value);
+        return {bytes, bytes + 4};
     }
 
     static std::string record(char command, int id, int host)

@@ -2,38 +2,22 @@
 #pragma once
 
 #include "platform/net/bytes.h"
-#include "platform/net/sock_stream.h"
+#include "signalling/svc_handler.h"
 
 #include <string>
 #include <sys/socket.h>
 
 /// A header image: tag, sender handle, user name, host bytes, body length.
-inline std::string qd_header_image(int tag, int handle, const std::string& user,
-    const std::string& host, uint32_t size, int session = 0)
+inline std::string qd_header_image(
+    int tag, int handle, const std::string& user, const std::string& host, size_t size)
 {
     std::string image(56, '\0');
     image[0] = static_cast<char>(tag);
-    image[1] = static_cast<char>(session);
     image[2] = static_cast<char>(handle);
     image.replace(3, user.size(), user);
     image.replace(23, 4, host);
-    qd_put_u32(reinterpret_cast<uint8_t*>(&image[52]), size);
+    qd_put_u32(reinterpret_cast<uint8_t*>(&image[52]), static_cast<uint32_t>(size));
     return image;
-}
-
-/// What a stream without a socket was sent, or what its peer has not taken.
-inline std::string qd_queued(const SOCK_Stream& stream)
-{
-    return {stream.queued().begin(), stream.queued().end()};
-}
-
-/// What has come to a descriptor by now, up to `limit` bytes.
-inline std::string qd_hear(int fd, size_t limit = 1 << 20)
-{
-    std::string got(limit, 0);
-    const ssize_t n = ::recv(fd, got.data(), limit, MSG_DONTWAIT);
-    got.resize(n > 0 ? static_cast<size_t>(n) : 0);
-    return got;
 }
 
 struct QD_Stream_Pair {
@@ -45,12 +29,20 @@ struct QD_Stream_Pair {
         peer = QD_Fd(ends[1]);
     }
 
+    /// Has a handler serve the stream, which becomes the handler's.
+    SOCK_Stream* serve(std::unique_ptr<QD_Svc_Handler> handler, Reactor* reactor)
+    {
+        SOCK_Stream* const served = handler->peer();
+        *served = std::move(stream);
+        handler->open(reactor);
+        reactor->adopt(std::move(handler));
+        return served;
+    }
+
     void send(const std::string& bytes) const
     {
         ::send(peer.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     }
-
-    std::string hear() const { return qd_hear(peer.get()); }
 
     SOCK_Stream stream;
     QD_Fd peer;
