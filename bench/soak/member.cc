@@ -37,13 +37,12 @@ std::string first_error(const std::string& printed)
 
 // No window lies over the options, so that what changes there is what a key has done.
 QD_Soak_Member::QD_Soak_Member(const Part& part, const std::string& broker) :
-    QD_Seat(part.address),
     label_(part.name + "@" + part.address)
 {
-    start({QD_BUILD_DIR "/quendal-conference", "join", "soak", "--name", part.name, "--broker",
-              "mqtt://" + broker, "--dir", file(""), "--client", QD_BUILD_DIR "/quendal", "--",
-              "-xrm", "*toggle.set: True", "-xrm", "*videoX: 400", "-xrm", "*videoY: 0", "-xrm",
-              "*optionsWindow.geometry: +0+0", "-geometry", "+0+500"},
+    start("join",
+        {"soak", "--name", part.name, "--broker", "mqtt://" + broker, "--", "-xrm",
+            "*toggle.set: True", "-xrm", "*videoX: 400", "-xrm", "*videoY: 0", "-xrm",
+            "*optionsWindow.geometry: +0+0", "-geometry", "+0+500"},
         {{"HOME", file("")}, {"QD_LOCAL_ADDRESS", part.address}, {"QD_MIC", part.mic},
             {"QD_SPEAKER", part.speaker}, {"QD_CAMERA", "testcard"}});
 }

@@ -7,10 +7,10 @@ namespace {
 
 class EventLink : public testing::Test {
 protected:
-    void SetUp() override
+    EventLink()
     {
         int fds[2];
-        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, fds), 0);
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, fds), 0);
         link_ = std::make_unique<QD_Event_Link>(QD_Fd(fds[0]));
         client_.reset(fds[1]);
     }
@@ -26,39 +26,17 @@ protected:
     QD_Event_Link::Received event_;
 };
 
-TEST_F(EventLink, TakesWholeEventsOnlyHoweverTheyArrive)
-{
-    const QD_Bytes events {0, 0, 0, 30, 0, 0, 0, 2, 'h', 'i', 0xff, 0, 0, 0, 0, 0, 0, 0};
-    for (size_t i = 0; i < 9; ++i) {
-        arrives({events[i]});
-        EXPECT_EQ(link_->take_event(event_), 0) << i;
-    }
-    arrives({events.begin() + 9, events.end()});
-    ASSERT_EQ(link_->take_event(event_), 1);
-    EXPECT_EQ(event_.type, 30);
-    EXPECT_EQ(event_.payload, (QD_Bytes {'h', 'i'}));
-    ASSERT_EQ(link_->take_event(event_), 1);
-    EXPECT_EQ(event_.type, -16777216);
-    EXPECT_TRUE(event_.payload.empty());
-    EXPECT_EQ(link_->take_event(event_), 0);
-}
-
 TEST_F(EventLink, HoldsNoMoreThanTheLongestEvent)
 {
     QD_Bytes longest {0, 0, 0, 1, 0, 1, 0, 0};
     longest.resize(8 + 65536, 7);
     arrives(longest);
     ASSERT_EQ(link_->take_event(event_), 1);
-    EXPECT_EQ(event_.payload.size(), 65536U);
-    EXPECT_EQ(event_.payload.back(), 7);
+    EXPECT_EQ(event_.payload, QD_Bytes(65536, 7));
     arrives({0, 0, 0, 1, 0, 1, 0, 1});
     EXPECT_EQ(link_->take_event(event_), -1);
-
     arrives(QD_Bytes(200000, 1)); // and nobody takes it
     EXPECT_EQ(link_->read(), -1);
-    SetUp();
-    client_.reset();
-    EXPECT_EQ(link_->read(), 0) << "the end";
 }
 
 TEST_F(EventLink, QueuesForAClientThatDoesNotReadUpToABound)

@@ -6,25 +6,29 @@
 
 class QD_Seat {
 public:
-    explicit QD_Seat(const std::string& address) : address_(address) {}
-
-    /// Runs the companion by this command.
-    void start(const std::vector<std::string>& command,
-        const std::map<std::string, std::string>& environment)
+    /// Runs the companion, with a directory of its own. `at` is what runs the command that
+    /// follows it elsewhere.
+    void start(const std::string& mode, const std::vector<std::string>& arguments,
+        const std::map<std::string, std::string>& environment, std::vector<std::string> at = {})
     {
-        process_.emplace(
-            command, QD_Surroundings {.out = file("said"), .environment = environment});
+        at.insert(at.end(), {QD_BUILD_DIR "/quendal-conference", mode, "--dir", dir_.path()});
+        at.insert(at.end(), arguments.begin(), arguments.end());
+        process_.emplace(at, QD_Surroundings {.out = file("said"), .environment = environment});
     }
 
     /// Of its directory.
     std::string file(const std::string& name) const { return dir_ / name; }
-    const std::string& address() const { return address_; }
 
     std::string said() const { return qd_read_file(file("said")); }
-    bool says(const std::string& text) const
+
+    /// Whether it says so before long, once it has said `after`.
+    bool says(const std::string& text, const std::string& after = "") const
     {
-        return qd_wait_for(
-            [&] { return said().find(text) != std::string::npos; }, std::chrono::seconds(30));
+        const auto has_said = [&] {
+            const std::string all = said();
+            return all.find(text, all.find(after)) != std::string::npos;
+        };
+        return qd_wait_for(has_said, std::chrono::seconds(30));
     }
 
     QD_Process& process() { return *process_; }
@@ -38,6 +42,5 @@ public:
 
 private:
     const QD_Temp_Dir dir_;
-    const std::string address_;
     std::optional<QD_Process> process_;
 };
