@@ -3,9 +3,9 @@
 // them stands a relay that changes nothing and keeps the times.
 #include "bench/budgets.h"
 #include "bench/heard.h"
+#include "bench/percentile.h"
 #include "bench/relay.h"
 #include "bench/seen.h"
-#include "tests/support/percentile.h"
 #include "tests/support/video_window.h"
 #include "tests/support/x_server.h"
 

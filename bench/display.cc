@@ -2,11 +2,11 @@
 // thread that posts it until the server has drawn it. Medians in milliseconds,
 // on Xvfb at depth 24 and 16. usage: bench_display [ROUNDS]
 #include "bench/budgets.h"
+#include "bench/percentile.h"
 #include "platform/net/wake.h"
 #include "platform/vk/app.h"
 #include "signalling/member.h"
 #include "tests/support/bars.h"
-#include "tests/support/percentile.h"
 #include "tests/support/x_server.h"
 #include "ui/display_factory.h"
 #include "ui/display_window.h"

@@ -1,7 +1,7 @@
 // How soon a window of this process answers to a button that is pressed.
 #pragma once
 
-#include "tests/support/percentile.h"
+#include "bench/percentile.h"
 #include "tests/support/wait.h"
 #include "tests/support/x_app.h"
 

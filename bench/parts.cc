@@ -2,8 +2,8 @@
 #include "audio/adpcm.h"
 #include "audio/gsm_codec.h"
 #include "bench/budgets.h"
+#include "bench/percentile.h"
 #include "platform/vl/av.h"
-#include "tests/support/percentile.h"
 #include "tests/support/temp_dir.h"
 #include "video/trace_file.h"
 

@@ -3,8 +3,8 @@
 // this machine's own.
 #include "audio/audio_app.h"
 #include "bench/budgets.h"
+#include "bench/percentile.h"
 #include "tests/support/loopback.h"
-#include "tests/support/percentile.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/udp_peer.h"
 #include "tests/support/wav.h"

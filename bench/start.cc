@@ -1,7 +1,7 @@
 // How soon the real client shows its window, started as a framework starts it.
 #include "bench/budgets.h"
+#include "bench/percentile.h"
 #include "tests/support/client_under_test.h"
-#include "tests/support/percentile.h"
 #include "tests/support/x_server.h"
 
 #include <X11/Xlib.h>

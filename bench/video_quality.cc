@@ -3,10 +3,10 @@
 // clips and photographs that move. Says what is required and whether it is met.
 #include "bench/bare_codec.h"
 #include "bench/budgets.h"
+#include "bench/percentile.h"
 #include "bench/scenes.h"
 #include "bench/video_link.h"
 #include "platform/vl/link_coder.h"
-#include "tests/support/percentile.h"
 
 #include <algorithm>
 #include <array>

@@ -15,9 +15,7 @@ TEST(CommandLine, SaysWhatIsWrong)
         {{}, "say what to do: run, demo, join, host or --help"},
         {{"run"}, "name at least one member"},
         {{"demo", "--unannounced"}, "--unannounced is not an option of this command"},
-        {{"demo", "--members"}, "--members needs a value"},
         {{"demo", "--members", "3x"}, "--members cannot be \"3x\""},
-        {{"run", "--unannounced=yes", "a"}, "--unannounced takes no value"},
         {{"run", "--fast", "a"}, "there is no option --fast"},
         {{"join", "anna"}, "say where the conference is: --broker URL"},
     };

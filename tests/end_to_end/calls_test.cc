@@ -74,10 +74,6 @@ public:
     {
         return qd_shows(*client_, other.name_ + "@" + other.address(), other.face());
     }
-    bool has_window_of(const Caller& other) const
-    {
-        return QD_Person(*client_).find(other.name_ + "@");
-    }
 
 private:
     std::string address() const { return qd_test_address(2 + number_); }
@@ -123,7 +119,6 @@ TEST(Calls, PeopleCallAcceptAndReject)
     EXPECT_TRUE(bernt.gets(CONNECT, chiara));
     expect_call(anna, bernt);
     EXPECT_FALSE(bernt.has_heard(chiara) || chiara.has_heard(bernt));
-    EXPECT_FALSE(bernt.has_window_of(chiara));
 
     chiara.call(bernt); // who is busy
     EXPECT_TRUE(chiara.gets(REJECTED, bernt));

@@ -52,11 +52,8 @@ TEST(Pulse, TwoSendersAreMixedAndComeBackAfterTheServerDies)
         {.mic = "pulse:microphone",
             .speaker = "pulse:trumpet",
             .toolkit_options = {"-geometry", "+40+50"}});
-    for (QD_Client_Under_Test* client : {&chiara, &anna, &bernt}) {
-        ASSERT_TRUE(client->registered());
-        for (int id = 2; id <= 4; ++id)
-            client->framework().announce(id, id, "m" + std::to_string(id));
-    }
+    for (QD_Client_Under_Test* client : {&chiara, &anna, &bernt})
+        ASSERT_TRUE(client->meets({2, 3, 4}));
     QD_Process playing(player);
     EXPECT_TRUE(both_are_heard());
     EXPECT_THAT(chiara.log(), testing::HasSubstr("pulse:trumpet: PulseAudio has no such sink"));

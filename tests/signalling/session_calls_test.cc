@@ -87,6 +87,7 @@ TEST_F(SessionCallsTest, TheCallerTellsTheOthersOfANewcomerAndTheNewcomerOfAll)
 
 TEST_F(SessionCallsTest, CallsThatComeToNothingLeaveRoomForAnother)
 {
+    EXPECT_EQ(session_->invite("user", "nobody.invalid"), -1);
     EXPECT_EQ(call(66), -1);
     session_->clear_failed_invitation();
     EXPECT_EQ(call(3), 0);

@@ -5,7 +5,6 @@
 #include "platform/net/fd.h"
 #include "tests/support/loopback.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 
 /// Listens on a port of the system's choice; then one link to an application.

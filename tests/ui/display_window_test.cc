@@ -26,10 +26,6 @@ TEST(DisplayWindow, SaysWhosePictureItIsAndBecomesAnIconWhenClosed)
         left_of(qd_find(window.baseWidget(), "kbps_text")));
     EXPECT_EQ(DisplayWindowMainWindow("").title(), "Video Display");
 
-    XtVaSetValues(window.baseWidget(), XmNwidth, 528, XmNheight, 503, nullptr);
-    qd_pump();
-    EXPECT_EQ(ui_get<Dimension>(qd_find(window.baseWidget(), "picture"), XmNheight), 432);
-
     qd_close_window(window.baseWidget());
     EXPECT_TRUE(window.shown()) << "if only its icon";
 }

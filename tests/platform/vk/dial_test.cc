@@ -17,11 +17,7 @@ TEST(VkDial, FollowsThePointerButNotOverItsGapAndIsTurnedByKeys)
     const auto pointer = [&](int value, const std::string& at) {
         comes_to(value, "mousemove --sync --window " + id + " " + at);
     };
-    pointer(135, "46 6 click 1"); // straight up is half way
-    qd_pump();
-    const QD_Colour left = qd_colour_at(dial.baseWidget(), 6, 46);
-    const QD_Colour right = qd_colour_at(dial.baseWidget(), 85, 46);
-    EXPECT_GT(left.blue - left.red, right.blue - right.red + 60) << "the arc is filled half way";
+    pointer(135, "46 6 click 1");      // straight up is half way
     pointer(225, "86 46 mousedown 1"); // 45 degrees are before the scale
     pointer(270, "51 86");             // beyond the scale
     pointer(270, "6 66 mouseup 1");    // no leap to the other end
