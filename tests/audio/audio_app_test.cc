@@ -56,6 +56,7 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
     session_->delete_member(50);
     receive(*app_, 102, QD_AudioApp::PCM, std::string(1600, 5));
     EXPECT_TRUE(qd_wait_for([&] { return !played(101).empty(); }));
+    EXPECT_TRUE(qd_wait_for([&] { return app_->show_levels(), form_.speaker_level == 0; }));
     app_.reset();
     EXPECT_EQ(played(100), std::vector<short>(800, 0x303));
     EXPECT_EQ(played(101), std::vector<short>(800, 0x505));

@@ -39,15 +39,12 @@ protected:
         press({"Tab"});
     }
 
-    std::string look() const
-    {
-        return qd_output("import -window " + person_->window() + " -depth 8 ppm:-");
-    }
-
     /// Presses keys one by one, each when the last one's effect is seen.
     void press(std::initializer_list<const char*> keys) const
     {
         person_->focus();
+        const auto look
+            = [this] { return qd_output("import -window " + person_->window() + " ppm:-"); };
         for (const char* key : keys) {
             const std::string before = look();
             QD_Person::type({key});

@@ -88,6 +88,8 @@ TEST_F(SessionCallsTest, TheCallerTellsTheOthersOfANewcomerAndTheNewcomerOfAll)
 TEST_F(SessionCallsTest, CallsThatComeToNothingLeaveRoomForAnother)
 {
     EXPECT_EQ(session_->invite("user", "nobody.invalid"), -1);
+    EXPECT_EQ(session_->invite("user", "localhost"), 0);
+    EXPECT_EQ(session_->rejected("x", 0), 0);
     EXPECT_EQ(call(66), -1);
     session_->clear_failed_invitation();
     EXPECT_EQ(call(3), 0);
@@ -100,8 +102,8 @@ TEST_F(SessionCallsTest, CallsThatComeToNothingLeaveRoomForAnother)
     EXPECT_NE(sent(5), "");
     QD_Session_Control::stream_gone(stream(5));
     EXPECT_THAT(form_.statuses,
-        ElementsAre(
-            "Invited user left", text("user", 4) + " rejected invitation", "Invited user left"));
+        ElementsAre("user@127.0.0.1 rejected invitation", "Invited user left",
+            text("user", 4) + " rejected invitation", "Invited user left"));
 }
 
 TEST_F(SessionCallsTest, ConfirmationsNobodyAskedForAndAbsurdOnesChangeNothing)
