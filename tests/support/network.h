@@ -33,8 +33,7 @@ public:
         for (int host = 0; host <= hosts_; ++host)
             qd_run({"ip", "netns", "del", name_ + "-" + std::to_string(host)});
     }
-    QD_Test_Network(const QD_Test_Network&) = delete;
-    QD_Test_Network& operator=(const QD_Test_Network&) = delete;
+    QD_Test_Network(QD_Test_Network&&) = delete; // nor copied
 
     /// What runs the command that follows it at a host.
     std::vector<std::string> at(size_t host) const

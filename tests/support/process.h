@@ -60,8 +60,7 @@ public:
         end(SIGKILL);
         ::close(in_);
     }
-    QD_Process(const QD_Process&) = delete;
-    QD_Process& operator=(const QD_Process&) = delete;
+    QD_Process(QD_Process&&) = delete; // nor copied
 
     pid_t pid() const { return pid_; }
 

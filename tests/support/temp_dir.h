@@ -19,8 +19,7 @@ public:
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
-    QD_Temp_Dir(const QD_Temp_Dir&) = delete;
-    QD_Temp_Dir& operator=(const QD_Temp_Dir&) = delete;
+    QD_Temp_Dir(QD_Temp_Dir&&) = delete; // nor copied
 
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }

@@ -20,8 +20,6 @@ public:
         return app;
     }
 
-    QD_X_Server& server() { return server_; }
-
 private:
     explicit QD_Test_App(std::vector<std::string> words)
     {

@@ -28,7 +28,7 @@ public:
     void manage() { manager_.emplace(std::vector<std::string> {"mwm", "-display", display_}); }
 
     /// Presses and releases a key for the window that has the keyboard. Returns 0 if it could.
-    int press(const std::string& key) const { return qd_run({"xdotool", "key", key}); }
+    static int press(const std::string& key) { return qd_run({"xdotool", "key", key}); }
 
 private:
     static constexpr std::chrono::seconds START {20};
