@@ -80,6 +80,7 @@ inline void qd_send_click(Widget widget)
     XFlush(XtDisplay(widget));
 }
 
+/// The same, and has it handled.
 inline void qd_click(Widget widget)
 {
     qd_send_click(widget);
