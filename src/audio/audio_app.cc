@@ -33,7 +33,7 @@ const uint8_t* bytes(const char* chars) { return reinterpret_cast<const uint8_t*
 }
 
 QD_AudioApp::QD_AudioApp() :
-    QD_Application(PORT, MEMBERS),
+    QD_Application(PORT),
     mic_port_(std::make_unique<QD_AudioCapture>()),
     session_(QD_Session_Control::instance()),
     main_form_(session_->getMainForm()),

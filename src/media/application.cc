@@ -1,6 +1,5 @@
 #include "media/application.h"
 
-#include "media/member_filter.h"
 #include "platform/net/left_behind.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/udp_socket.h"
@@ -24,19 +23,14 @@ sockaddr_in destination(uint32_t host, int port)
 
 }
 
-QD_Application::QD_Application(int port, Senders senders) :
+QD_Application::QD_Application(int port) :
     sess_ctrl(QD_Session_Control::instance()),
     read_thread_(std::make_unique<QD_AppReadThread>(this)),
-    port_(port),
-    senders_(senders)
+    port_(port)
 {
 }
 
-QD_Application::~QD_Application()
-{
-    sess_ctrl->unwatch_roster(this);
-    QD_Session_Control::destroy();
-}
+QD_Application::~QD_Application() { QD_Session_Control::destroy(); }
 
 int QD_Application::init()
 {
@@ -46,15 +40,11 @@ int QD_Application::init()
     const auto port = static_cast<uint16_t>(port_);
     if (qd_bind(data_sock_, SOCK_Library::get_bind_address(), port) < 0)
         return -1;
-    if (senders_ == MEMBERS)
-        sess_ctrl->watch_roster(
-            this, [this](const QD_Roster& roster) { qd_receive_members_only(data_sock_, roster); });
     return read_thread_->start() < 0 ? -1 : 0;
 }
 
 void QD_Application::close()
 {
-    sess_ctrl->unwatch_roster(this);
     const bool ended = read_thread_->kill() == 0;
     if (!ended) // it still uses itself, and this object until it notices
         qd_leave_behind(std::move(read_thread_));

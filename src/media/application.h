@@ -20,12 +20,8 @@
 /// before it destroys it.
 class QD_Application {
 public:
-    /// Whose datagrams are received: also what strangers send, or only what
-    /// process_message() may take for a member's.
-    enum Senders { EVERYBODY, MEMBERS };
-
     /// `port` is both the local one and every peer's.
-    explicit QD_Application(int port, Senders senders = EVERYBODY);
+    explicit QD_Application(int port);
     QD_Application(const QD_Application&) = delete;
     QD_Application& operator=(const QD_Application&) = delete;
     virtual ~QD_Application();
@@ -40,6 +36,9 @@ public:
 
     /// -1 before init() and after close().
     int get_data_sock() const { return data_sock_; }
+
+    /// The membership as it is now. Any thread.
+    QD_Roster_Ptr get_roster() const { return sess_ctrl->get_roster(); }
 
     /// Sends one packet of `len` payload bytes to every member but the local
     /// one, in ascending id. Returns 0, or -1 if a send failed (the members
@@ -59,9 +58,9 @@ public:
     /// thread, without the session lock held.
     int get_internal_id(int id);
 
-    /// Handles one datagram: `len` payload bytes behind the header, below zero
-    /// for a datagram shorter than a header. Neither pointer is valid beyond
-    /// the call. Called on the receive thread.
+    /// Handles one datagram in the name of a member: `len` payload bytes behind
+    /// the header, below zero for a datagram shorter than a header. Neither
+    /// pointer is valid beyond the call. Called on the receive thread.
     virtual int process_message(rtp_fix_header* hdr, char* data, int len) = 0;
 
     /// Packets sent so far. Any thread.
@@ -76,7 +75,6 @@ private:
     std::unique_ptr<QD_AppReadThread> read_thread_;
     std::atomic<int> data_sock_ = -1;
     const int port_;
-    const Senders senders_;
     std::atomic<int> sequence = 0;
     std::vector<char> packet_; // this and the next two: kept from packet to packet
     std::vector<sockaddr_in> destinations_;

@@ -5,46 +5,70 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <poll.h>
 #include <sys/socket.h>
 
-namespace {
+/// What a batch is fetched into. Kept, and not filled beforehand: only what
+/// datagrams have touched takes memory.
+struct QD_AppReadThread::Buffers {
+    mmsghdr messages[BATCH] = {};
+    iovec parts[BATCH] = {};
+    std::unique_ptr<char[]> bytes
+        = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(BATCH) * MAX_DATAGRAM);
 
-// A datagram shorter than a header is read as if the rest of it were zero.
-rtp_fix_header header_of(const char* datagram, int length)
+    Buffers()
+    {
+        for (size_t i = 0; i < BATCH; ++i) {
+            parts[i] = {&bytes[i * MAX_DATAGRAM], MAX_DATAGRAM};
+            messages[i].msg_hdr.msg_iov = &parts[i];
+            messages[i].msg_hdr.msg_iovlen = 1;
+        }
+    }
+};
+
+QD_AppReadThread::QD_AppReadThread(QD_Application* app) :
+    SprocThread("receive"),
+    app_(app),
+    buffers_(std::make_unique<Buffers>())
 {
-    constexpr auto size = static_cast<size_t>(rtp_fix_header::WIRE_SIZE);
-    uint8_t wire[size] = {};
-    memcpy(wire, datagram, std::min(size, static_cast<size_t>(length)));
-    return rtp_fix_header::decode(wire);
 }
 
-}
+QD_AppReadThread::~QD_AppReadThread() = default;
 
 int QD_AppReadThread::run()
 {
     const int sock = app_->get_data_sock();
-    while (running != 0)
-        if (receive(sock) < 0)
+    pollfd waiting[] = {{sock, POLLIN, 0}, {wake_fd(), POLLIN, 0}};
+    while (running != 0) {
+        if (::poll(waiting, std::size(waiting), -1) > 0 && waiting[0].revents != 0
+            && receive(sock) < 0)
             return -1;
+    }
     return 0;
 }
 
+// Takes what is there, a batch at the most. Returns 0, -1 if receiving failed.
 int QD_AppReadThread::receive(int sock)
 {
-    pollfd waiting {sock, POLLIN, 0};
-    if (::poll(&waiting, 1, WAIT_MS) <= 0)
-        return 0;
-    // Fresh for each datagram and not filled beforehand: that would cost more than the read.
-    const auto buffer = std::make_unique_for_overwrite<char[]>(MAX_DATAGRAM);
-    const auto n = static_cast<int>(::recv(sock, buffer.get(), MAX_DATAGRAM, MSG_DONTWAIT));
-    if (n < 0 && (errno == EAGAIN || errno == EINTR))
-        return 0; // the datagram announced had a wrong checksum
-    if (n < 1)
-        return -1;
-    rtp_fix_header header = header_of(buffer.get(), n);
-    char* payload = buffer.get() + rtp_fix_header::WIRE_SIZE;
-    app_->process_message(&header, payload, n - rtp_fix_header::WIRE_SIZE);
+    const int count = ::recvmmsg(sock, buffers_->messages, BATCH, MSG_DONTWAIT, nullptr);
+    if (count < 0) // a datagram that was announced may have had a wrong checksum
+        return errno == EAGAIN || errno == EINTR ? 0 : -1;
+    // Read after the batch, so that it knows everybody who was announced before it came.
+    const QD_Roster_Ptr roster = app_->get_roster();
+    for (size_t i = 0; i < static_cast<size_t>(count); ++i)
+        hand_over(static_cast<char*>(buffers_->parts[i].iov_base),
+            static_cast<int>(buffers_->messages[i].msg_len), *roster);
     return 0;
+}
+
+// A datagram shorter than a header is read as if the rest of it were zero. An
+// empty one has no content; the system may let it through.
+void QD_AppReadThread::hand_over(char* datagram, int length, const QD_Roster& roster)
+{
+    constexpr int size = rtp_fix_header::WIRE_SIZE;
+    uint8_t wire[size] = {};
+    memcpy(wire, datagram, static_cast<size_t>(std::min(size, length)));
+    rtp_fix_header header = rtp_fix_header::decode(wire);
+    if (length > 0 && roster.has(static_cast<int>(header.ssrc)))
+        app_->process_message(&header, datagram + size, length - size);
 }

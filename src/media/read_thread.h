@@ -2,29 +2,35 @@
 #pragma once
 
 #include "platform/net/thread.h"
+#include "signalling/roster.h"
+
+#include <memory>
 
 class QD_Application;
 
-/// Reads every datagram whole and hands it, split into header and payload, to
-/// the application. It keeps nothing, orders nothing, checks nothing.
+/// Reads every datagram whole and hands those of members, split into header and
+/// payload, to the application. It keeps nothing, orders nothing, decodes nothing.
 class QD_AppReadThread : public SprocThread {
 public:
     /// The largest datagram; a larger one is cut.
     static constexpr int MAX_DATAGRAM = 65000;
-    /// How long it may take to notice a stop.
-    static constexpr int WAIT_MS = 10;
+    /// As many datagrams at most are fetched in one system call.
+    static constexpr int BATCH = 16;
 
     /// The application outlives the thread's run.
-    explicit QD_AppReadThread(QD_Application* app) : SprocThread("receive"), app_(app) {}
-
-    /// Hands over one datagram if one comes within WAIT_MS. Returns 0, -1 if
-    /// receiving failed. The receive thread; without one, whoever wants a datagram handled.
-    int receive(int sock);
+    explicit QD_AppReadThread(QD_Application* app);
+    ~QD_AppReadThread() override;
 
 protected:
     /// Returns 0 when stopped, -1 when receiving failed.
     int run() override;
 
 private:
+    struct Buffers;
+
+    int receive(int sock);
+    void hand_over(char* datagram, int length, const QD_Roster& roster);
+
     QD_Application* const app_;
+    std::unique_ptr<Buffers> buffers_; // the receive thread's
 };

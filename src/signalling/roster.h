@@ -1,6 +1,7 @@
 // Who is in the conference, as those who send and play need to know it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -16,6 +17,15 @@ struct QD_Roster {
 
     int local_id = 0;
     std::vector<Entry> entries; // in ascending member id, the local member included
+
+    /// The member with that id, null if there is none.
+    const Entry* find(int id) const
+    {
+        const auto at = std::lower_bound(entries.begin(), entries.end(), id,
+            [](const Entry& entry, int wanted) { return entry.id < wanted; });
+        return at == entries.end() || at->id != id ? nullptr : &*at;
+    }
+    bool has(int id) const { return find(id) != nullptr; }
 };
 
 using QD_Roster_Ptr = std::shared_ptr<const QD_Roster>;

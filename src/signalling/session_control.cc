@@ -75,19 +75,9 @@ void QD_Session_Control::publish_roster()
     fresh->local_id = local_id_;
     for (const auto& [id, member] : members_)
         fresh->entries.push_back({id, member.get_internal_id(), member.get_host()});
-    {
-        QD_Roster_Ptr next = fresh;
-        QD_Lock hold(roster_mutex_);
-        roster_.swap(next); // the old one goes after the lock
-    }
-    for (const auto& [watcher, changed] : roster_watchers_)
-        changed(*fresh);
-}
-
-void QD_Session_Control::watch_roster(const void* watcher, const Roster_Change& changed)
-{
-    roster_watchers_[watcher] = changed;
-    changed(*get_roster());
+    QD_Roster_Ptr next = std::move(fresh);
+    QD_Lock hold(roster_mutex_);
+    roster_.swap(next); // the old one goes after the lock
 }
 
 int QD_Session_Control::restore_options() { return qd_read_options_file(&options_); }

@@ -64,12 +64,6 @@ public:
     /// The membership as it is now, never null. Any thread, at once.
     QD_Roster_Ptr get_roster() const;
 
-    /// Calls `changed` with the membership, now and at each change, on the
-    /// user-interface thread, until unwatch_roster() with the same `watcher`.
-    using Roster_Change = std::function<void(const QD_Roster&)>;
-    void watch_roster(const void* watcher, const Roster_Change& changed);
-    void unwatch_roster(const void* watcher) { roster_watchers_.erase(watcher); }
-
     /// The options record, edited in place by the user-interface thread.
     _options* get_options() { return &options_; }
 
@@ -205,7 +199,6 @@ private:
 
     mutable QD_Mutex roster_mutex_; // for the pointer alone
     QD_Roster_Ptr roster_ QD_GUARDED_BY(roster_mutex_);
-    std::map<const void*, Roster_Change> roster_watchers_;
 };
 
 /// Holds a reference for the length of a block.

@@ -35,7 +35,7 @@ uint8_t* bytes(char* chars) { return reinterpret_cast<uint8_t*>(chars); }
 }
 
 QD_VideoApp::QD_VideoApp() :
-    QD_Application(PORT, MEMBERS),
+    QD_Application(PORT),
     log_("video.log"),
     session_(QD_Session_Control::instance()),
     cap_thread_(std::make_unique<QD_VideoCapThread>(this))

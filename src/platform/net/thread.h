@@ -60,6 +60,9 @@ protected:
     /// Sleeps up to `milliseconds`, less if stopped or woken. Called from run().
     void pause(int milliseconds);
 
+    /// Readable once stopped or woken, for run() to wait for beside other descriptors.
+    int wake_fd() const { return wake_.get(); }
+
     std::atomic<int> running = 0;
 
 private:

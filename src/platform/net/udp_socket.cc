@@ -4,18 +4,30 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-int qd_discard_empty(int fd)
+namespace {
+
+// Offsets into what a filter sees of a datagram.
+constexpr uint32_t UDP_HEADER = 8;
+constexpr uint32_t RTP_HEADER = 12;
+constexpr uint32_t VERSION_SHIFT = 6;
+constexpr uint32_t VERSION = 2;
+
+// A system that refuses the filter costs only the work of looking at such datagrams.
+void discard_what_is_no_packet(int fd)
 {
-    // Accepts what is longer than a UDP header: an empty datagram would read as an end.
-    constexpr uint32_t udp_header = 8;
     sock_filter program[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_LEN, 0),
-        BPF_JUMP(BPF_JMP | BPF_JGT | BPF_K, udp_header, 0, 1),
+        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, UDP_HEADER + RTP_HEADER, 0, 4),
+        BPF_STMT(BPF_LD | BPF_B | BPF_ABS, UDP_HEADER),
+        BPF_STMT(BPF_ALU | BPF_RSH | BPF_K, VERSION_SHIFT),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, VERSION, 0, 1),
         BPF_STMT(BPF_RET | BPF_K, UINT32_MAX),
         BPF_STMT(BPF_RET | BPF_K, 0),
     };
     const sock_fprog filter {sizeof program / sizeof program[0], program};
-    return ::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter);
+    ::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter);
+}
+
 }
 
 QD_Fd qd_open_media_socket()
@@ -23,8 +35,7 @@ QD_Fd qd_open_media_socket()
     QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!fd)
         return fd;
-    if (qd_discard_empty(fd.get()) < 0)
-        return QD_Fd();
+    discard_what_is_no_packet(fd.get());
     const int size = QD_MEDIA_RECEIVE_BUFFER; // the system may grant less
     ::setsockopt(fd.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
     return fd;
