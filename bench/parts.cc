@@ -187,7 +187,7 @@ int measure_trace()
     QD_Trace_File trace((dir / "video.log").c_str());
     std::vector<double> spent;
     for (int i = 0; i < LINES; ++i)
-        spent.push_back(microseconds([&] { trace.line(i % 12); }));
+        spent.push_back(microseconds([&] { trace.lines({i % 12}); }));
     return qd_report(QD_TRACE_LINE, qd_median(spent));
 }
 

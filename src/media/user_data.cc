@@ -1,6 +1,6 @@
 #include "media/user_data.h"
 
-#include <sys/time.h>
+#include <ctime>
 
 namespace {
 
@@ -8,21 +8,22 @@ constexpr unsigned LATE_MS = 300;
 constexpr unsigned PAUSE_MS = 1000; // a longer gap is a pause, not a late frame
 constexpr int FRAME_MS = 100;
 
-long first_seconds()
+// Setting the time of day must neither wreck the figures nor starve the sender
+// that is paced by them.
+timespec monotonic_now()
 {
-    timeval now {};
-    gettimeofday(&now, nullptr);
-    return now.tv_sec;
+    timespec now {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now;
 }
 
 }
 
 unsigned UserData::get_time_stamp()
 {
-    static const long start_seconds = first_seconds();
-    timeval now {};
-    gettimeofday(&now, nullptr);
-    return static_cast<unsigned>((now.tv_sec - start_seconds) * 1000 + now.tv_usec / 1000);
+    static const long start_seconds = monotonic_now().tv_sec;
+    const timespec now = monotonic_now();
+    return static_cast<unsigned>((now.tv_sec - start_seconds) * 1000 + now.tv_nsec / 1'000'000);
 }
 
 UserData::UserData(const rtp_fix_header* hdr, int len, unsigned now) :

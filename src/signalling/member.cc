@@ -119,8 +119,7 @@ void QD_Member::set_display(QD_Display_Factory* factory, const QD_Wake* wake)
     wake_ = wake;
 }
 
-// A request that waits already has raised for itself: however many come, they
-// leave no more to do than one.
+// Wakes the window only when the flag was clear: one pass serves them all.
 void QD_Member::request(bool& waits, const char* picture)
 {
     bool waited = false;
@@ -143,18 +142,35 @@ void QD_Member::close_dpy_req() { request(close_dpy_); }
 
 void QD_Member::display_req(const char* picture) { request(display_, picture); }
 
-void QD_Member::handle_events()
+// The picture is swapped for the one drawn before, so that the display may be as
+// slow as it likes: media threads wait for two pointers at the most.
+QD_Member::Request QD_Member::take_request(std::unique_ptr<char[]>& picture)
 {
     QD_Sem_Hold hold(sem_);
-    if (open_dpy_) {
+    if (std::exchange(open_dpy_, false))
+        return OPEN;
+    if (std::exchange(display_, false)) {
+        frame_.swap(picture);
+        return PICTURE;
+    }
+    return std::exchange(close_dpy_, false) ? CLOSE : NONE;
+}
+
+void QD_Member::handle_events()
+{
+    static std::unique_ptr<char[]> picture; // the one being drawn; a single thread draws
+    switch (take_request(picture)) {
+    case OPEN:
         open_display();
-        open_dpy_ = false;
-    } else if (display_) {
-        display(frame_.get());
-        display_ = false;
-    } else if (close_dpy_) {
+        break;
+    case PICTURE:
+        display(picture.get());
+        break;
+    case CLOSE:
         close_display();
-        close_dpy_ = false;
+        break;
+    case NONE:
+        break;
     }
 }
 
@@ -194,13 +210,14 @@ void QD_Member::display(const char* picture)
 
 void QD_Member::show_statistics()
 {
-    if (!video_data_) {
-        dpy_win->setStatistics("0 kbps", "0 fps");
-        return;
+    char kbps[32] = "0 kbps";
+    char fps[32] = "0 fps";
+    {
+        QD_Sem_Hold hold(sem_);
+        if (video_data_) {
+            snprintf(kbps, sizeof kbps, "%4.0f kbps", video_data_->getKbps());
+            snprintf(fps, sizeof fps, "%2.1f fps", video_data_->getFps());
+        }
     }
-    char kbps[32];
-    char fps[32];
-    snprintf(kbps, sizeof kbps, "%4.0f kbps", video_data_->getKbps());
-    snprintf(fps, sizeof fps, "%2.1f fps", video_data_->getFps());
     dpy_win->setStatistics(kbps, fps);
 }

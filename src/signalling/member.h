@@ -92,7 +92,8 @@ public:
     void close_dpy_req();
     void display_req(const char* picture);
 
-    /// Serves one pending request: open before picture before close.
+    /// Serves one pending request: open before picture before close. Windows are
+    /// slow, so neither the session lock nor the semaphore is held meanwhile.
     /// This and what follows: user-interface thread only.
     void handle_events();
 
@@ -108,6 +109,9 @@ public:
     void display(const char* picture);
 
 private:
+    enum Request { NONE, OPEN, PICTURE, CLOSE };
+
+    Request take_request(std::unique_ptr<char[]>& picture);
     void copy_identity(const QD_Member& other);
     void clear_requests();
     void request(bool& waits, const char* picture = nullptr);
@@ -128,8 +132,8 @@ private:
     bool close_dpy_ = false; // a request to close it waits
     bool display_ = false;   // a picture waits in frame_
     int shown_ = 0;
-    std::unique_ptr<char[]> frame_; // had at the first picture, then kept
-    QD_Semaphore sem_ {1};          // guards the requests and frame_
+    std::unique_ptr<char[]> frame_; // had at the first picture
+    QD_Semaphore sem_ {1};          // guards the requests, frame_ and video_data_
 
     char string_[STRING_SIZE] = ""; // "" until settled
     QD_Display_Factory* factory_ = nullptr;

@@ -235,9 +235,10 @@ int QD_Session_Control::connection_closed(SOCK_Stream* s)
         [s](const auto& entry) { return entry.second.get_stream() == s; });
     if (found != members_.end()) {
         const std::string text = string_of(found->second);
+        std::map<int, QD_Member>::node_type leaving; // with its window, which closes after the lock
         {
             QD_Session_Hold hold(this);
-            members_.erase(found);
+            leaving = members_.extract(found);
         }
         publish_roster();
         set_status("User left");

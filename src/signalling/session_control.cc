@@ -139,9 +139,9 @@ int QD_Session_Control::delete_member(int id)
     }
     char text[QD_Member::STRING_SIZE];
     member->get_string(text);
+    member->close_display();
     {
         QD_Session_Hold hold(this);
-        member->close_display();
         members_.erase(id);
     }
     publish_roster();
@@ -153,9 +153,10 @@ int QD_Session_Control::delete_member(int id)
     return 0;
 }
 
+// Without the session lock: this thread alone changes the map, and a display that
+// stalls must not silence anybody.
 void QD_Session_Control::handle_member_events()
 {
-    QD_Session_Hold hold(this);
     for (auto& [id, member] : members_)
         member.handle_events();
 }
@@ -166,14 +167,15 @@ void QD_Session_Control::reset() { forget_members(false); }
 
 void QD_Session_Control::forget_members(bool close_streams)
 {
+    if (close_streams)
+        for (auto& [id, member] : members_)
+            member.close();
+    std::map<int, QD_Member> leaving; // with their windows, which close after the lock
     {
         QD_Session_Hold hold(this);
-        for (auto& [id, member] : members_)
-            if (close_streams)
-                member.close();
-        members_.clear();
-        status_ = IDLE;
+        leaving.swap(members_);
     }
+    status_ = IDLE;
     publish_roster();
 }
 
@@ -248,7 +250,6 @@ void QD_Session_Control::print_status()
 
 void QD_Session_Control::print_statistics()
 {
-    QD_Session_Hold hold(this);
     for (const auto& [id, member] : members_) {
         char text[QD_Member::STRING_SIZE];
         member.get_string(text);
@@ -256,12 +257,14 @@ void QD_Session_Control::print_statistics()
             printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d", medium, text,
                 id, figures->frames_received, figures->frames_lost, figures->frames_late);
         };
-        if (const UserData* audio = member.get_audio_data()) {
-            print("audio", audio);
+        const Snapshot audio(this, member, &QD_Member::get_audio_data);
+        const Snapshot video(this, member, &QD_Member::get_video_data);
+        if (audio.get() != nullptr) {
+            print("audio", audio.get());
             printf("\n");
         }
-        if (const UserData* video = member.get_video_data()) {
-            print("video", video);
+        if (video.get() != nullptr) {
+            print("video", video.get());
             printf(", shown %d\n", member.get_shown());
         }
     }

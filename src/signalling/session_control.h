@@ -26,8 +26,8 @@
 /// whatever is not marked otherwise. Other threads reach members only between
 /// lock() and unlock(), or read the roster.
 /// Locks: the session lock first, then a member's display semaphore or the
-/// video codec semaphore. Views are called without the session lock, but for a
-/// member's own window.
+/// video codec semaphore. Neither is held for longer than copying a record or a
+/// picture; no window, look-up or file is touched meanwhile.
 class QD_Session_Control {
 public:
     /// The local member's id before it is known.
@@ -57,7 +57,7 @@ public:
     int get_local_id() const { return local_id_; }
 
     /// All members by id, and one of them or null. With the session lock, or
-    /// on the user-interface thread.
+    /// on the user-interface thread, which needs none.
     std::map<int, QD_Member>* get_member_list() { return &members_; }
     QD_Member* get_member(int id);
 
@@ -180,7 +180,8 @@ private:
     /// What the session is about; see the states of an invitation.
     enum State : int32_t { IDLE = 0, INVITED = 1, ACCEPTED = 2, IN_SESSION = 3 };
 
-    std::map<int, QD_Member> members_; // changed under sem_ by the user-interface thread
+    // Changed by the user-interface thread under sem_; read by it without.
+    std::map<int, QD_Member> members_;
     State status_ = IDLE;
     std::unique_ptr<QD_Member> inviting_member_; // who has called us, while INVITED or ACCEPTED
     std::unique_ptr<QD_Member> new_member_;      // whom we have called, until the answer

@@ -5,8 +5,7 @@
 #include "signalling/views.h"
 #include "ui/dpy_form.h"
 
-/// Opened and closed by the member. User-interface thread only; asks nothing of
-/// the session, which may be locked meanwhile.
+/// Opened and closed by the member. User-interface thread only.
 class DisplayWindowMainWindow : public VkSimpleWindow, public QD_Display_View {
 public:
     /// `name` is the member's display string, which the title bar and the line

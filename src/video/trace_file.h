@@ -2,15 +2,32 @@
 #pragma once
 
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
+#include <unistd.h>
 
 /// One thread writes. Without a file (the directory may be closed to us) lines are dropped.
 class QD_Trace_File {
 public:
+    /// A file beyond this many bytes is emptied and begun again.
+    static constexpr long LIMIT = 64L << 20;
+
     explicit QD_Trace_File(const char* path) : file_(fopen(path, "we"), &close_file) {}
 
-    void line(int number) { write("%d\n", number); }
-    void id_line(int id) { write("id: %d\n", id); }
+    /// The lines of a picture of the stream `id` begin.
+    void start(int id, int line)
+    {
+        if (file_ && ftell(file_.get()) >= LIMIT && ftruncate(fileno(file_.get()), 0) == 0)
+            rewind(file_.get());
+        write("id: %d\n", id);
+        write("%d\n", line);
+    }
+
+    void lines(std::initializer_list<int> numbers)
+    {
+        for (int number : numbers)
+            write("%d\n", number);
+    }
 
 private:
     static void close_file(FILE* file)

@@ -232,11 +232,13 @@ int QD_VideoApp::process_message(rtp_fix_header* hdr, char* data, int len)
     return 0;
 }
 
-// The sender's member, null once it has left. With the session lock.
-QD_Member* QD_VideoApp::find(const Sender& from) const
+// Hands a picture to its sender's window, unless the sender has left meanwhile.
+void QD_VideoApp::post(const Sender& from, const char* picture) const
 {
+    QD_Session_Hold hold(session_);
     QD_Member* member = session_->get_member(from.id);
-    return member != nullptr && member->get_internal_id() == from.internal_id ? member : nullptr;
+    if (member != nullptr && member->get_internal_id() == from.internal_id)
+        member->display_req(picture);
 }
 
 // The decoders of a sender, as new if it had none; those who left are forgotten
@@ -255,67 +257,49 @@ int QD_VideoApp::decoder_slot(int internal_id)
     return slot;
 }
 
+// Trace lines are written without the codec semaphore and the session lock, so that a
+// slow disk holds up no other thread; they come in the order of the steps all the same.
 int QD_VideoApp::displayH263(const Sender& from, const char* data, int len)
 {
-    log_.id_line(from.internal_id);
-    log_.line(31);
+    log_.start(from.internal_id, 31);
     QD_Picture_Ptr picture;
     {
-        QD_Session_Hold hold(session_);
-        {
-            QD_Sem_Hold codec(semH263_);
-            log_.line(32);
-            if (len > OVERHEAD)
-                picture = H263decodeFrame(
-                    decoder_slot(from.internal_id), data + PICTURE_OFFSET, len - OVERHEAD);
-            log_.line(33);
-        }
-        log_.line(34);
-        if (picture) {
-            log_.line(35);
-            log_.line(36);
-            if (QD_Member* member = find(from))
-                member->display_req(picture.get());
-            log_.line(37);
-            log_.line(38);
-        }
+        QD_Sem_Hold codec(semH263_);
+        if (len > OVERHEAD)
+            picture = H263decodeFrame(
+                decoder_slot(from.internal_id), data + PICTURE_OFFSET, len - OVERHEAD);
     }
-    log_.line(39);
-    log_.line(40);
+    log_.lines({32, 33, 34});
+    if (picture) {
+        log_.lines({35, 36});
+        post(from, picture.get());
+        log_.lines({37, 38});
+    }
+    log_.lines({39, 40});
     return picture ? 0 : -1;
 }
 
 int QD_VideoApp::displayH261(const Sender& from, const char* data, int len)
 {
-    log_.id_line(from.internal_id);
-    log_.line(1);
+    log_.start(from.internal_id, 1);
     QD_Picture_Ptr picture;
     {
         QD_Sem_Hold codec(semH263_);
-        log_.line(2);
         const int slot = len > OVERHEAD ? decoder_slot(from.internal_id) : -1;
-        if (slot >= 0)
+        if (slot >= 0) {
             picture = std::make_unique_for_overwrite<char[]>(QD_PICTURE_SIZE);
-        log_.line(3);
-        if (picture) {
             decode_frame(data + PICTURE_OFFSET, len - OVERHEAD, picture.get(), 0, slot);
-            log_.line(4);
         }
     }
-    log_.line(5);
+    log_.lines({2, 3});
     if (picture) {
-        log_.line(6);
-        {
-            QD_Session_Hold hold(session_);
-            log_.line(7);
-            if (QD_Member* member = find(from))
-                member->display_req(picture.get());
-            log_.line(8);
-        }
-        log_.line(9);
+        log_.lines({4, 5, 6});
+        post(from, picture.get());
+        log_.lines({7, 8, 9});
+    } else {
+        log_.lines({5});
     }
-    log_.line(10);
-    log_.line(11);
+    log_.lines({10, 11});
     return picture ? 0 : -1;
 }
 
@@ -327,8 +311,6 @@ int QD_VideoApp::displayYUV9(const Sender& from, const char* data, int len)
     char* y = picture.get();
     YVU9toYUV411(data + PICTURE_OFFSET, y, y + QD_U_OFFSET, y + QD_V_OFFSET, QD_PICTURE_WIDTH,
         QD_PICTURE_HEIGHT);
-    QD_Session_Hold hold(session_);
-    if (QD_Member* member = find(from))
-        member->display_req(y);
+    post(from, y);
     return 0;
 }

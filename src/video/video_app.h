@@ -74,7 +74,7 @@ private:
     int displayH263(const Sender& from, const char* data, int len);
     int displayH261(const Sender& from, const char* data, int len);
     int displayYUV9(const Sender& from, const char* data, int len);
-    QD_Member* find(const Sender& from) const;
+    void post(const Sender& from, const char* picture) const;
     int decoder_slot(int internal_id);
 
     int one_pass();

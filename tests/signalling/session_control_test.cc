@@ -2,6 +2,7 @@
 #include "tests/support/session.h"
 
 #include <csignal>
+#include <future>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -39,6 +40,70 @@ TEST_F(SessionControlTest, MembersServeOneRequestATimeOpenBeforePictureBeforeClo
     while (session_->get_wake().take())
         ++raised;
     EXPECT_EQ(raised, 3);
+}
+
+namespace {
+
+// A display that stalls: each of its operations lasts until `meanwhile` is over.
+struct Stalled_Displays : QD_Display_Factory {
+    std::function<void()> meanwhile;
+    int operations = 0;
+
+    void stall()
+    {
+        ++operations;
+        EXPECT_EQ(
+            std::async(meanwhile).wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    }
+    struct Window : QD_Display_View {
+        Stalled_Displays& all;
+        explicit Window(Stalled_Displays& displays) : all(displays) {}
+        ~Window() override { all.stall(); }
+        void show() override { all.stall(); }
+        void init_surface() override { all.stall(); }
+        void draw(const unsigned char*) override { all.stall(); }
+        void setStatistics(const char*, const char*) override { all.stall(); }
+    };
+    std::unique_ptr<QD_Display_View> make_display(const char*) override
+    {
+        stall();
+        return std::make_unique<Window>(*this);
+    }
+};
+
+}
+
+TEST_F(SessionControlTest, MediaThreadsGoOnWhileADisplayStalls)
+{
+    const std::string picture(QD_Member::PICTURE_SIZE, 'y');
+    const rtp_fix_header header;
+    Stalled_Displays displays;
+    displays.meanwhile = [&] {
+        const QD_Session_Hold hold(session_);
+        if (QD_Member* member = session_->get_member(4)) {
+            member->update_audio_stat(&header, 1600);
+            member->update_video_stat(&header, 1600);
+            member->display_req(picture.data());
+        }
+    };
+    session_->set_display_factory(&displays);
+    const std::function<void()> ways_out[] = {
+        [&] { session_->delete_member(4); },
+        [&] { session_->reset(); },
+        [&] { session_->quit(); },
+    };
+    for (const auto& leave : ways_out) {
+        join(4, 9);
+        session_->get_member(4)->display_req(picture.data());
+        displays.operations = 0;
+        for (int pass = 0; pass < 6; ++pass)
+            session_->handle_member_events(); // each picture posted meanwhile is one more
+        const int before = displays.operations;
+        EXPECT_GE(before, 6);
+        leave();
+        EXPECT_EQ(displays.operations, before + 1) << "closed";
+    }
+    session_->set_display_factory(&displays_);
 }
 
 TEST_F(SessionControlTest, AShortOptionsFileCountsForNothingAndAFullDiskLeavesTheOldOne)

@@ -27,6 +27,10 @@ public:
     /// Starts the window manager. Its coming is to be waited for.
     void manage() { manager_.emplace(std::vector<std::string> {"mwm", "-display", display_}); }
 
+    /// Lets it stand still, with its clients' requests, and go on.
+    void stop() const { kill(server_->pid(), SIGSTOP); }
+    void go_on() const { kill(server_->pid(), SIGCONT); }
+
     /// Presses and releases a key for the window that has the keyboard. Returns 0 if it could.
     static int press(const std::string& key) { return qd_run({"xdotool", "key", key}); }
 
