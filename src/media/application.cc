@@ -4,6 +4,8 @@
 #include "platform/net/sock_library.h"
 #include "platform/net/udp_socket.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <sys/time.h>
 #include <unistd.h>
@@ -11,6 +13,7 @@
 namespace {
 
 constexpr unsigned TIME_STAMP_OFFSET = 0x5CE5F148;
+constexpr std::chrono::milliseconds LOOK_AGAIN {100}; // at the neighbours
 
 sockaddr_in destination(uint32_t host, int port)
 {
@@ -69,17 +72,29 @@ int QD_Application::send_data(int type, const char* data, int len)
     const int sock = data_sock_;
     if (sock < 0)
         return -1;
-    return send_to_others(sock, *roster);
+    choose_destinations(*roster);
+    const int result = send_to_others(sock);
+    const QD_Clock::Time now = QD_Clock::real().now();
+    if (now - refreshed_ >= LOOK_AGAIN) { // when the packet is on its way
+        neighbours_.refresh();
+        refreshed_ = now;
+    }
+    return result;
 }
 
-// What is sent to one after the other, and ends at the first that fails, in one system call: a
-// sixth of the time goes if there are many.
-int QD_Application::send_to_others(int sock, const QD_Roster& roster)
+void QD_Application::choose_destinations(const QD_Roster& roster)
 {
+    const QD_Clock::Time now = QD_Clock::real().now();
     destinations_.clear();
     for (const auto& member : roster.entries)
-        if (member.id != roster.local_id)
+        if (member.id != roster.local_id && neighbours_.may_send(member.host, now))
             destinations_.push_back(destination(member.host, port_));
+}
+
+// One after the other up to the first that fails, in one system call: that saves a sixth of the
+// time if there are many.
+int QD_Application::send_to_others(int sock)
+{
     iovec whole {packet_.data(), packet_.size()};
     messages_.assign(destinations_.size(), {});
     for (size_t i = 0; i < messages_.size(); ++i) {
@@ -91,10 +106,10 @@ int QD_Application::send_to_others(int sock, const QD_Roster& roster)
     }
     for (size_t sent = 0; sent < messages_.size();) {
         const auto left = static_cast<unsigned>(messages_.size() - sent);
-        const int taken = ::sendmmsg(sock, &messages_[sent], left, 0);
-        if (taken < 1)
+        const int taken = ::sendmmsg(sock, &messages_[sent], left, MSG_DONTWAIT);
+        if (taken < 1 && errno != EAGAIN) // a full buffer says nothing of the host
             return -1;
-        sent += static_cast<size_t>(taken);
+        sent += static_cast<size_t>(std::max(taken, 1));
     }
     return 0;
 }
@@ -102,9 +117,9 @@ int QD_Application::send_to_others(int sock, const QD_Roster& roster)
 int QD_Application::send_packet(int sock, uint32_t host, int port, const char* buf, int len)
 {
     const sockaddr_in to = destination(host, port);
-    const ssize_t sent = ::sendto(
-        sock, buf, static_cast<size_t>(len), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
-    return sent < 0 ? -1 : 0;
+    const ssize_t sent = ::sendto(sock, buf, static_cast<size_t>(len), MSG_DONTWAIT,
+        reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    return sent < 0 && errno != EAGAIN ? -1 : 0;
 }
 
 void QD_Application::fill_rtp_header(rtp_fix_header* hdr, unsigned type)

@@ -5,6 +5,7 @@
 #include "media/rtp_header.h"
 #include "platform/net/fd.h"
 #include "platform/net/mutex.h"
+#include "platform/net/neighbours.h"
 #include "signalling/session_control.h"
 
 #include <atomic>
@@ -42,7 +43,9 @@ public:
 
     /// Sends one packet of `len` payload bytes to every member but the local
     /// one, in ascending id. Returns 0, or -1 if a send failed (the members
-    /// behind it get nothing) or the socket is closed. One thread sends.
+    /// behind it get nothing) or the socket is closed. Never waits: a host that
+    /// cannot be found is passed over but for a trial now and then, and what finds
+    /// no room in the send buffer is lost. One thread sends.
     int send_data(int type, const char* data, int len);
 
     /// One datagram to `host` (network byte order). Returns 0 or -1.
@@ -70,14 +73,17 @@ protected:
     QD_Session_Control* const sess_ctrl;
 
 private:
-    int send_to_others(int sock, const QD_Roster& roster);
+    void choose_destinations(const QD_Roster& roster);
+    int send_to_others(int sock);
 
     std::unique_ptr<QD_AppReadThread> read_thread_;
     std::atomic<int> data_sock_ = -1;
     const int port_;
     std::atomic<int> sequence = 0;
-    std::vector<char> packet_; // this and the next two: kept from packet to packet
+    std::vector<char> packet_; // this and what follows: the sending thread's, kept
     std::vector<sockaddr_in> destinations_;
     std::vector<mmsghdr> messages_;
-    QD_Mutex send_mutex_; // closing and sending exclude each other
+    QD_Neighbours neighbours_;
+    QD_Clock::Time refreshed_; // the neighbours
+    QD_Mutex send_mutex_;      // closing and sending exclude each other
 };

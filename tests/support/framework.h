@@ -52,9 +52,18 @@ public:
     /// Adds or removes a member at the test's loopback address number `host`.
     void announce(int id, int host, const std::string& name) const
     {
-        send_event(1, record('=', id, host) + static_cast<char>(name.size()) + name);
+        announce_at(id, qd_test_host(host), name);
     }
-    void remove(int id, int host) const { send_event(1, record('?', id, host) + '\0'); }
+    void remove(int id, int host) const
+    {
+        send_event(1, record('?', id, qd_test_host(host)) + '\0');
+    }
+
+    /// Adds one at an address in network byte order.
+    void announce_at(int id, uint32_t address, const std::string& name) const
+    {
+        send_event(1, record('=', id, address) + static_cast<char>(name.size()) + name);
+    }
     void end_session() const { send_event(1, ">"); }
 
     /// Sends an echo request and waits for it: what was sent before has been handled then.
@@ -77,9 +86,9 @@ private:
         return {bytes, bytes + 4};
     }
 
-    static std::string record(char command, int id, int host)
+    static std::string record(char command, int id, uint32_t address)
     {
-        return command + word(ntohl(qd_test_host(host))) + word(static_cast<uint32_t>(id));
+        return command + word(ntohl(address)) + word(static_cast<uint32_t>(id));
     }
 
     QD_Fd listener_;

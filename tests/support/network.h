@@ -4,7 +4,10 @@
 
 #include "tests/support/process.h"
 
+#include "platform/net/fd.h"
+
 #include <gtest/gtest.h>
+#include <sched.h>
 
 /// Host 0 has the bridge and the address 10.77.0.254; hosts 1..N have 10.77.0.1
 /// and on, and no route anywhere else.
@@ -39,6 +42,15 @@ public:
     std::vector<std::string> at(size_t host) const
     {
         return {"ip", "netns", "exec", name_ + "-" + std::to_string(host)};
+    }
+
+    /// Makes the calling thread, and what it starts, live at a host: sockets stay where they were
+    /// made.
+    void enter(int host) const
+    {
+        const QD_Fd space(
+            ::open(("/var/run/netns/" + name_ + "-" + std::to_string(host)).c_str(), O_RDONLY));
+        EXPECT_EQ(setns(space.get(), CLONE_NEWNET), 0);
     }
 
     /// Pulls a host's cable ("down"), or puts it in again ("up").

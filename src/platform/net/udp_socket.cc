@@ -36,8 +36,9 @@ QD_Fd qd_open_media_socket()
     if (!fd)
         return fd;
     discard_what_is_no_packet(fd.get());
-    const int size = QD_MEDIA_RECEIVE_BUFFER; // the system may grant less
-    ::setsockopt(fd.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    for (auto [name, size] :
+        {std::pair {SO_RCVBUF, QD_MEDIA_RECEIVE_BUFFER}, {SO_SNDBUF, QD_MEDIA_SEND_BUFFER}})
+        ::setsockopt(fd.get(), SOL_SOCKET, name, &size, sizeof size); // it may grant less
     return fd;
 }
 

@@ -8,8 +8,11 @@
 /// The receive buffer asked for; a burst of pictures from a hundred members fits.
 constexpr int QD_MEDIA_RECEIVE_BUFFER = 4 << 20;
 
-/// A close-on-exec IPv4 datagram socket with as large a receive buffer as the
-/// system grants, up to QD_MEDIA_RECEIVE_BUFFER. The kernel discards what cannot
+/// The send buffer asked for: datagrams that wait for a host's hardware address stay in it.
+constexpr int QD_MEDIA_SEND_BUFFER = 1 << 20;
+
+/// A close-on-exec IPv4 datagram socket with buffers as large as the system
+/// grants, up to QD_MEDIA_RECEIVE_BUFFER and QD_MEDIA_SEND_BUFFER. The kernel discards what cannot
 /// be a media packet: datagrams shorter than an RTP header or of another version
 /// than 2. Where the system does not take that filter they are received.
 /// It holds nothing on failure.
