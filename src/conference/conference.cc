@@ -2,6 +2,7 @@
 
 #include "conference/address_claim.h"
 #include "conference/member_name.h"
+#include "platform/net/host_address.h"
 
 #include <algorithm>
 #include <cerrno>
