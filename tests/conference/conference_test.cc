@@ -77,6 +77,17 @@ TEST(Conference, AClientThatGoesWrongIsReportedAndTakenOut)
     EXPECT_EQ(seat.told("single-bytes/payloads").size(), 7u + 6u + 1u);
 }
 
+TEST(Conference, ALogBeginsAfreshBeyondItsBound)
+{
+    const QD_Temp_Dir dir;
+    Seat seat("run", {"anna", "--client", script(dir, "head -c 17000000 /dev/zero; echo rest\n")});
+    ASSERT_TRUE(seat.says(" has joined\n")) << seat.said();
+    EXPECT_EQ(std::filesystem::file_size(seat.file("anna/log.txt")), 17000005u);
+    EXPECT_TRUE(
+        qd_wait_for([&] { return std::filesystem::file_size(seat.file("anna/log.txt")) == 0; }));
+    EXPECT_EQ(seat.end(), 0);
+}
+
 // A shell is the client. What it starts is not, and gets nowhere.
 TEST(Conference, AnotherProcessIsShutOutWithoutDisturbingTheClient)
 {
