@@ -11,8 +11,9 @@ int QD_Message::execute()
     header_.get_sender(&sender);
     char host[SOCK_Library::NAME_SIZE];
     SOCK_Library::getdotted(sender.host, host);
-    qd_peer_lines().print(stream_->get_peer_host(),
-        "QD_Message: received message of type %d from %s\n", header_.get_tag(), host);
+    const uint32_t from = stream_ != nullptr ? stream_->get_peer_host() : 0;
+    qd_peer_lines().print(
+        from, "QD_Message: received message of type %d from %s\n", header_.get_tag(), host);
     dispatch(session.get(), sender);
     return 0;
 }
