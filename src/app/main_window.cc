@@ -5,6 +5,7 @@
 #include "platform/net/left_behind.h"
 #include "platform/vk/app.h"
 #include "platform/vk/wm_hints.h"
+#include "signalling/peer_lines.h"
 
 #include <X11/StringDefs.h>
 #include <Xm/Xm.h>
@@ -77,6 +78,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
 
     session_ = QD_Session_Control::instance();
     session_->set_display_factory(&displays_);
+    XtSetSensitive(form_->callButton(), session_->call_policy().any());
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
     session_->setGUI(this, form_.get());
     reactor_.add_wake(theApplication->connectionNumber());
@@ -149,6 +151,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 {
     const int result = framework_->handle_events(wait_ms);
     reactor_.dispatch();
+    qd_peer_lines().settle();
     session_->clear_failed_invitation();
     form_->applyStartState(session_->get_member(session_->get_local_id()) != nullptr);
     draw_levels();

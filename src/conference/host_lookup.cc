@@ -1,6 +1,6 @@
 #include "conference/host_lookup.h"
 
-#include "conference/address_claim.h"
+#include "platform/net/host_address.h"
 #include "platform/net/thread.h"
 
 #include <netdb.h>

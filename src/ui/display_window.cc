@@ -1,9 +1,10 @@
 #include "ui/display_window.h"
 
-#include "platform/vk/text.h"
+#include "platform/net/utf8.h"
 #include "platform/vk/wm_hints.h"
 #include "signalling/member.h"
 
+#include <X11/Shell.h>
 #include <X11/StringDefs.h>
 
 namespace {
@@ -24,7 +25,7 @@ DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args,
         _dpy_form->baseWidget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
     addView(_dpy_form);
     if (*name)
-        setTitle(VkPrintable(name).c_str());
+        setTitle(qd_printable(name).c_str());
     setStatus(name);
     // It comes by itself, perhaps while the user is typing, and nothing in it takes keys.
     XtVaSetValues(baseWidget(), XtNinput, False, nullptr);
