@@ -65,10 +65,10 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     displays_(baseWidget())
 {
     qd_add_actions(theApplication->appContext());
-    form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
+    form_ = new MainForm("mainForm", mainWindowWidget());
     XtVaSetValues(
         form_->baseWidget(), XtNwidth, MainForm::WIDTH, XtNheight, MainForm::HEIGHT, nullptr);
-    addView(form_.get());
+    addView(std::unique_ptr<VkComponent>(form_));
     form_->setParent(this);
     XtAddCallback(form_->callButton(), XmNactivateCallback, callCallback, this);
     build_menus();
@@ -78,7 +78,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     session_ = QD_Session_Control::instance();
     session_->set_display_factory(&displays_);
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
-    session_->setGUI(this, form_.get());
+    session_->setGUI(this, form_);
     reactor_.add_wake(theApplication->connectionNumber());
     reactor_.add_wake(session_->get_wake().get());
     reactor_.add_wake(wake_fd);
@@ -119,7 +119,7 @@ void MainWindowMainWindow::close_media()
     delete call_window_;
     listener_.close();
     reactor_.clear(); // the member streams
-    form_.reset();
+    destroyWidgets();
 }
 
 MainWindowMainWindow::~MainWindowMainWindow()

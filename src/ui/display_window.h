@@ -12,7 +12,6 @@ public:
     /// below the picture show. Without one (""), the window is "displayWindow"
     /// and its title the resource "title", by default "Video Display".
     explicit DisplayWindowMainWindow(const char* name, ArgList args = nullptr, Cardinal count = 0);
-    ~DisplayWindowMainWindow() override;
 
     void setStatus(const char* text) { _dpy_form->setStatus(text); }
     void setStatistics(const char* first, const char* second) override
@@ -35,5 +34,5 @@ protected:
     void handleWmDeleteMessage() override;
 
 private:
-    Dpy_form* _dpy_form;
+    Dpy_form* _dpy_form; // the view
 };

@@ -7,6 +7,7 @@
 #include <X11/Shell.h>
 #include <X11/StringDefs.h>
 #include <X11/Xft/Xft.h>
+#include <Xm/Display.h>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,6 +38,13 @@ void set_font_resolution(Display* display)
             pattern += std::string(":") + option + "=" + value;
     }
     XftDefaultSet(display, XftNameParse(pattern.c_str()));
+}
+
+/// A drag holds up everything but itself until the button is released, and there is nothing here
+/// that it could move. So the middle button does nothing to a label, a button or a line of a list.
+void refuse_drag(Widget, XtPointer, XtPointer call)
+{
+    static_cast<XmDragStartCallbackStruct*>(call)->doit = False;
 }
 
 /// A window that vanished between two requests must not end the conference.
@@ -74,6 +82,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv)
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());
     VkAddFonts(base_);
+    XtAddCallback(XmGetXmDisplay(display_), XmNdragStartCallback, refuse_drag, nullptr);
 }
 
 void VkApp::run()
