@@ -82,6 +82,9 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     reactor_.add_wake(theApplication->connectionNumber());
     reactor_.add_wake(session_->get_wake().get());
     reactor_.add_wake(wake_fd);
+    reactor_.set_poll([](pollfd* polled, nfds_t count, int milliseconds) {
+        return theApplication->poll(polled, count, milliseconds);
+    });
     session_->set_reactor(&reactor_);
     listener_.open(); // without it the conference goes on, only nobody can call
     audio_ = std::make_unique<QD_AudioApp>();
@@ -111,9 +114,7 @@ void MainWindowMainWindow::close_media()
     if (video_)
         video_->close();
     video_.reset();
-    if (ctrlWorkProcHandle != 0)
-        XtRemoveWorkProc(ctrlWorkProcHandle);
-    ctrlWorkProcHandle = 0;
+    qd_stop_control_loop();
     session_->setGUI(nullptr, nullptr);
     session_->set_reactor(nullptr);
     delete call_window_;

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <sys/timerfd.h>
 #include <utility>
 
 VkApp* theApplication = nullptr;
@@ -59,7 +60,8 @@ int report_error(Display* display, XErrorEvent* error)
 
 }
 
-VkApp::VkApp(const char* appClass, int* argc, char** argv)
+VkApp::VkApp(const char* appClass, int* argc, char** argv) :
+    end_of_wait_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))
 {
     InitEZ();
     const std::string wanted = wanted_display(*argc, argv);
@@ -104,6 +106,40 @@ void VkApp::quitYourself()
 }
 
 void VkApp::terminate(int status) { std::exit(status); }
+
+int VkApp::poll(pollfd* polled, size_t count, int milliseconds)
+{
+    const int ready = ::poll(polled, count, 0);
+    if (ready != 0 || milliseconds <= 0)
+        return ready;
+    wait_for_any(polled, count, milliseconds);
+    return ::poll(polled, count, 0);
+}
+
+// Only the toolkit knows when its next timer is due, so it has to do the waiting. This is the one
+// of its waits that calls no work procedure and leaves the events where they are.
+void VkApp::wait_for_any(const pollfd* polled, size_t count, int milliseconds)
+{
+    const itimerspec end {{}, {milliseconds / 1000, milliseconds % 1000 * 1000000L}};
+    ::timerfd_settime(end_of_wait_.get(), 0, &end, nullptr);
+    std::vector<XtInputId> inputs;
+    const auto add = [&](int fd, XtInputMask mask) {
+        inputs.push_back(XtAppAddInput(
+            context_, fd, reinterpret_cast<XtPointer>(mask), [](XtPointer, int*, XtInputId*) {},
+            nullptr));
+    };
+    add(end_of_wait_.get(), XtInputReadMask);
+    for (const pollfd* one = polled; one < polled + count; ++one) {
+        const XtInputMask reading = (one->events & POLLIN) != 0 ? XtInputReadMask : 0;
+        const XtInputMask writing = (one->events & POLLOUT) != 0 ? XtInputWriteMask : 0;
+        if (one->fd >= 0 && (reading | writing) != 0)
+            add(one->fd, reading | writing);
+    }
+    XEvent event;
+    XtAppPeekEvent(context_, &event);
+    for (XtInputId input : inputs)
+        XtRemoveInput(input);
+}
 
 bool VkApp::enlist(VkSimpleWindow* window)
 {
