@@ -159,7 +159,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 void MainWindowMainWindow::draw_levels()
 {
     const QD_Clock::Time now = QD_Clock::real().now();
-    if (now - levels_drawn_ < LEVELS_EVERY)
+    if (now - levels_drawn_ < LEVELS_EVERY || !theApplication->takesMore())
         return;
     levels_drawn_ = now;
     audio_->show_levels();

@@ -66,8 +66,8 @@ void press(Widget held, unsigned button)
 // Has it done while the toolkit handles an event of the widget's.
 void at_event(Widget widget, std::function<void()> act)
 {
-    const XtEventHandler handler = [](Widget, XtPointer act, XEvent*, Boolean*) {
-        (*static_cast<std::function<void()>*>(act))();
+    const XtEventHandler handler = [](Widget, XtPointer what, XEvent*, Boolean*) {
+        (*static_cast<std::function<void()>*>(what))();
     };
     XtAddEventHandler(widget, NoEventMask, True, handler, &act);
     send(widget, ClientMessage, 0);

@@ -17,6 +17,8 @@
 
 VkApp* theApplication = nullptr;
 
+constexpr int BUSY_MS = 20;
+
 namespace {
 
 const char* wanted_display(int argc, char** argv)
@@ -139,6 +141,14 @@ void VkApp::wait_for_any(const pollfd* polled, size_t count, int milliseconds)
     XtAppPeekEvent(context_, &event);
     for (XtInputId input : inputs)
         XtRemoveInput(input);
+}
+
+// A local connection is writable while at most a quarter of its 200 KB and more is in use.
+bool VkApp::takesMore()
+{
+    pollfd connection {connectionNumber(), POLLOUT, 0};
+    stalled_ = ::poll(&connection, 1, stalled_ ? 0 : BUSY_MS) == 0;
+    return !stalled_;
 }
 
 bool VkApp::enlist(VkSimpleWindow* window)

@@ -48,6 +48,11 @@ public:
     /// timers that come due meanwhile. An event of X's ends the wait, too.
     int poll(pollfd* polled, size_t count, int milliseconds);
 
+    /// Whether some 50 KB can be drawn without waiting for the server. A server
+    /// that is busy is waited for, once; one that has stopped, or that a window
+    /// manager keeps to itself, is not: who draws comes again.
+    bool takesMore();
+
     /// The windows in the order of their making.
     const std::vector<VkSimpleWindow*>& windows() const { return windows_; }
 
@@ -62,7 +67,8 @@ private:
     XtAppContext context_ = nullptr;
     Display* display_ = nullptr;
     Widget base_ = nullptr;
-    QD_Fd end_of_wait_; // a timer
+    QD_Fd end_of_wait_;    // a timer
+    bool stalled_ = false; // the server did not take what was drawn
     std::vector<VkSimpleWindow*> windows_;
     bool any_window_ = false;
 };
