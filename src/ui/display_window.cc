@@ -23,7 +23,7 @@ DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args,
     _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
     XtVaSetValues(
         _dpy_form->baseWidget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
-    addView(_dpy_form);
+    addView(std::unique_ptr<VkComponent>(_dpy_form));
     if (*name)
         setTitle(qd_printable(name).c_str());
     setStatus(name);
@@ -31,8 +31,6 @@ DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args,
     XtVaSetValues(baseWidget(), XtNinput, False, nullptr);
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
-
-DisplayWindowMainWindow::~DisplayWindowMainWindow() { delete _dpy_form; }
 
 void DisplayWindowMainWindow::handleWmDeleteMessage()
 {
