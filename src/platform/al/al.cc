@@ -121,8 +121,9 @@ private:
 
 Devices& devices()
 {
-    static Devices both;
-    return both;
+    // Never destroyed: a process that loses its framework or its display ends with threads in them.
+    static auto* const both = new Devices;
+    return *both;
 }
 
 bool serves(ALport port, QD_Al_Port::Side side) { return port && port->port->side() == side; }

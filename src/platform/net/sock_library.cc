@@ -2,7 +2,7 @@
 
 #include "platform/net/host_names.h"
 #include "platform/net/local_address.h"
-#include "platform/net/thread.h"
+#include "platform/net/create_thread.h"
 
 #include <arpa/inet.h>
 #include <chrono>
