@@ -9,7 +9,8 @@ namespace {
 
 const QD_Wake& asked()
 {
-    static const auto* const wake = new QD_Wake; // never destroyed: a signal may come at the very end
+    static const auto* const wake
+        = new QD_Wake; // never destroyed: a signal may come at the very end
     return *wake;
 }
 

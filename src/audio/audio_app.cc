@@ -216,7 +216,7 @@ int QD_AudioApp::play_slot(int internal_id)
     auto& port = ports[static_cast<size_t>(slot)];
     if (!port) {
         port = std::make_unique<QD_AudioPlay>();
-        port->open();
+        port->open(internal_id + 1);
     }
     return slot;
 }

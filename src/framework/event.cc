@@ -41,7 +41,8 @@ public:
         for (;;) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
             pollfd waiting {fd, event, 0};
-            const int ready = ::poll(&waiting, 1, static_cast<int>(std::max<long>(left.count(), 0)));
+            const int ready
+                = ::poll(&waiting, 1, static_cast<int>(std::max<long>(left.count(), 0)));
             if (ready >= 0)
                 return ready > 0;
         }
@@ -86,8 +87,7 @@ void read_all(int fd, void* buf, size_t n, const Deadline& deadline)
 {
     auto* to = static_cast<char*>(buf);
     while (n > 0) {
-        const ssize_t got
-            = deadline.wait(fd, POLLIN) ? ::read(fd, to, n) : (errno = ETIMEDOUT, -1);
+        const ssize_t got = deadline.wait(fd, POLLIN) ? ::read(fd, to, n) : (errno = ETIMEDOUT, -1);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)

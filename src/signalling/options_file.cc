@@ -59,7 +59,8 @@ int qd_read_options_file(_options* options)
     // Opening a pipe would wait for its writer.
     const QD_Fd file(::open(file_path().c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     Image image {};
-    if (!file || ::read(file.get(), image.data(), image.size()) != static_cast<ssize_t>(image.size()))
+    if (!file
+        || ::read(file.get(), image.data(), image.size()) != static_cast<ssize_t>(image.size()))
         return -1;
     *options = _options::decode(image);
     return 0;
@@ -79,8 +80,7 @@ int qd_write_options_file(const _options& options)
     const std::string fresh = path.string() + "." + std::to_string(getpid());
     ::unlink(fresh.c_str()); // of a process of the same number that was killed
     const mode_t mode = there ? before.st_mode & 07777 : 0600;
-    if (write_file(fresh.c_str(), mode, image) == 0
-        && ::rename(fresh.c_str(), path.c_str()) == 0)
+    if (write_file(fresh.c_str(), mode, image) == 0 && ::rename(fresh.c_str(), path.c_str()) == 0)
         return 0;
     ::unlink(fresh.c_str());
     return -1;

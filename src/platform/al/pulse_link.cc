@@ -55,7 +55,8 @@ protected:
     int run() override { return pa_mainloop_run(loop_.get(), nullptr); }
 
 private:
-    std::unique_ptr<pa_mainloop, void (*)(pa_mainloop*)> loop_ {pa_mainloop_new(), pa_mainloop_free};
+    std::unique_ptr<pa_mainloop, void (*)(pa_mainloop*)> loop_ {
+        pa_mainloop_new(), pa_mainloop_free};
 };
 
 pa_cvolume QD_Pulse_Link::Gain::volume() const

@@ -76,7 +76,7 @@ private:
     QD_Wake wake_;
     QD_Mutex mutex_;
     std::vector<Stream> arrivals_ QD_GUARDED_BY(mutex_);
-    Gain new_gains_[2] QD_GUARDED_BY(mutex_);                    // by QD_Al_Port::Side
+    Gain new_gains_[2] QD_GUARDED_BY(mutex_);          // by QD_Al_Port::Side
     std::unique_ptr<Loop> loop_ QD_GUARDED_BY(mutex_); // made by the first attach()
     std::atomic<bool> stopping_ = false;
 

@@ -68,7 +68,8 @@ private:
     {
         std::string text = std::exchange(waiting_, {});
         if (text.empty() && dropped_ > 0)
-            text = "[" + std::to_string(std::exchange(dropped_, 0)) + " bytes were not read in time]\n";
+            text = "[" + std::to_string(std::exchange(dropped_, 0))
+                + " bytes were not read in time]\n";
         return text;
     }
 
@@ -128,8 +129,7 @@ void qd_queue_output()
 {
     auto* const first = new Queue(STDOUT_FILENO);
     // One order for both where they are read together.
-    auto* const second
-        = same_file(STDOUT_FILENO, STDERR_FILENO) ? first : new Queue(STDERR_FILENO);
+    auto* const second = same_file(STDOUT_FILENO, STDERR_FILENO) ? first : new Queue(STDERR_FILENO);
     FILE* const lines = open_queue(first, _IOLBF); // a log tells at once what has happened
     FILE* const complaints = open_queue(second, _IONBF);
     if (lines == nullptr || complaints == nullptr)
