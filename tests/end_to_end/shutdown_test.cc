@@ -182,7 +182,7 @@ TEST(Shutdown, ADisplayThatIsLostOrStandsStillHoldsNothingUp)
         member.send(picture, qd_test_host(2));
         EXPECT_TRUE(QD_Person(client).look_at("m3"));
         if (c.stands_still)
-            kill(x_server->pid(), SIGSTOP);
+            x_server->stop();
         if (c.asked)
             client.framework().end_session();
         if (c.lost)
