@@ -2,10 +2,11 @@
 
 #include "app/main_window.h"
 #include "app/termination.h"
+#include "platform/net/process_end.h"
 #include "platform/vk/app.h"
 
 #include <cstdlib>
-#include <unistd.h>
+#include <thread>
 #include <utility>
 
 MainWindowMainWindow* mainWindow = nullptr;
@@ -21,10 +22,11 @@ bool passing = false;
 
 [[noreturn]] void end_session()
 {
+    qd_end_within(MainWindowMainWindow::END_SECONDS, EXIT_SUCCESS);
     delete mainWindow;
     mainWindow = nullptr;
     XFlush(theApplication->display()); // the windows go before the wait, not after it
-    sleep(1);
+    std::this_thread::sleep_for(std::chrono::seconds(1)); // in full, whatever signals come
     exit(EXIT_SUCCESS);
 }
 

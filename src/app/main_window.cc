@@ -2,7 +2,7 @@
 
 #include "app/actions.h"
 #include "app/control_loop.h"
-#include "platform/net/left_behind.h"
+#include "platform/net/process_end.h"
 #include "platform/vk/app.h"
 #include "platform/vk/wm_hints.h"
 #include "signalling/peer_lines.h"
@@ -134,14 +134,15 @@ MainWindowMainWindow::~MainWindowMainWindow()
 
 bool MainWindowMainWindow::okToQuit()
 {
+    qd_end_within(END_SECONDS, EXIT_SUCCESS);
     close_media();
-    qd_leave_behind(std::move(framework_));
-    QD_Session_Control::destroy();
+    QD_Session_Control::destroy(); // the framework control, which stays, is the last holder
     exit(EXIT_SUCCESS);
 }
 
 void MainWindowMainWindow::quit()
 {
+    qd_end_within(END_SECONDS, EXIT_SUCCESS);
     close_media();
     framework_.reset();
     QD_Session_Control::destroy();

@@ -18,6 +18,9 @@
 /// application. User-interface thread.
 class MainWindowMainWindow : public VkWindow, public QD_Media_Control {
 public:
+    /// What the end of the process may take, whatever hangs: the framework waits 10 s.
+    static constexpr int END_SECONDS = 8;
+
     /// Builds window and system; what is left of the command line goes to the
     /// framework control, which ends the process if it cannot register.
     /// `wake_fd` ends the waits of handle_events() when readable.

@@ -2,9 +2,9 @@
 #include "app/control_loop.h"
 #include "app/main_window.h"
 #include "app/termination.h"
+#include "platform/net/output.h"
 #include "platform/vk/app.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -26,7 +26,7 @@ void find_panels()
 
 int main(int argc, char** argv)
 {
-    std::setvbuf(stdout, nullptr, _IOLBF, 0); // a log tells at once what has happened
+    qd_queue_output();
     find_panels();
     InitEZ();
     VkApp application("Application", &argc, argv);

@@ -2,17 +2,31 @@
 
 #include "platform/net/wake.h"
 
+#include <cerrno>
 #include <csignal>
 
 namespace {
 
 const QD_Wake& asked()
 {
-    static const QD_Wake wake;
-    return wake;
+    static const auto* const wake
+        = new QD_Wake; // never destroyed: a signal may come at the very end
+    return *wake;
 }
 
-void terminate(int /*signal*/) { asked().raise(); }
+void terminate(int /*signal*/)
+{
+    const int before = errno; // whatever was interrupted still looks at it
+    asked().raise();
+    errno = before;
+}
+
+// As nohup and shells in the background want it.
+bool is_ignored(int signal)
+{
+    struct sigaction now {};
+    return sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN;
+}
 
 void handle(int signal, void (*handler)(int))
 {
@@ -30,10 +44,15 @@ void thread_killed(int /*signal*/) {}
 QD_Termination::QD_Termination()
 {
     asked(); // made here, since a handler must not make it
-    handle(SIGCHLD, thread_killed);
-    handle(SIGPIPE, SIG_IGN);
+    sigset_t none;
+    sigemptyset(&none);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr); // who started us may have blocked some
+    // Handled rather than ignored: programs that we start have it by default then.
+    for (int signal : {SIGCHLD, SIGPIPE})
+        handle(signal, thread_killed);
     for (int signal : {SIGTERM, SIGINT, SIGHUP})
-        handle(signal, terminate);
+        if (!is_ignored(signal))
+            handle(signal, terminate);
 }
 
 bool QD_Termination::requested() const { return asked().wait(0); }

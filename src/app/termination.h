@@ -2,8 +2,10 @@
 #pragma once
 
 /// Turns SIGTERM, SIGINT and SIGHUP into the end of the session, just as when
-/// the framework ends it, and lets SIGPIPE and the end of child processes pass
-/// without effect. One per process, made before the threads.
+/// the framework ends it, unless the process was started with them ignored, and
+/// lets SIGPIPE and the end of child processes pass without effect. Programs
+/// started from here have their signals by default and unblocked. One per
+/// process, made before the threads.
 class QD_Termination {
 public:
     QD_Termination();
@@ -15,5 +17,5 @@ public:
     int get_handle() const;
 };
 
-/// Does nothing: handles the signal that a child process has ended.
+/// Does nothing: handles signals that are to pass without effect.
 void thread_killed(int signal);

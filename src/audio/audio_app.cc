@@ -2,7 +2,6 @@
 
 #include "platform/al/al.h"
 #include "platform/net/bytes.h"
-#include "platform/net/left_behind.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -47,17 +46,11 @@ QD_AudioApp::QD_AudioApp() :
 
 QD_AudioApp::~QD_AudioApp()
 {
-    const bool ended = cap_thread_->kill() == 0;
-    if (ended) {
-        mic_port_->close();
-    } else { // it still uses these
-        qd_leave_behind(std::move(cap_thread_));
-        qd_leave_behind(std::move(mic_port_));
-    }
+    cap_thread_->kill();
+    mic_port_->close();
     for (int slot = 0; slot < QD_Slot_Table::SIZE; ++slot)
         close_port(slot);
-    if (ended)
-        qd_al_shutdown();
+    qd_al_shutdown();
     printf("QD_AudioApp: sent %d packets\n", get_sent());
     QD_Session_Control::destroy();
 }
@@ -227,7 +220,7 @@ int QD_AudioApp::play_slot(int internal_id)
     auto& port = ports[static_cast<size_t>(slot)];
     if (!port) {
         port = std::make_unique<QD_AudioPlay>();
-        port->open();
+        port->open(internal_id + 1);
     }
     return slot;
 }

@@ -25,7 +25,10 @@ int QD_AudioPlay::get_volume()
     return static_cast<int>((pairs[1] + pairs[3]) / 2);
 }
 
-int QD_AudioPlay::open() { return qd_open_audio_port("speaker", "w", conf, port); }
+int QD_AudioPlay::open(long stream)
+{
+    return qd_open_audio_port("speaker", "w", conf, port, stream);
+}
 
 void QD_AudioPlay::close() { qd_close_audio_port(conf, port); }
 

@@ -23,8 +23,9 @@ public:
     static int get_volume();
 
     /// Opens the port. Returns 0, or -1 with a line on standard error that says
-    /// which setting failed (none if it is the port itself).
-    int open();
+    /// which setting failed (none if it is the port itself). `stream` is above 0
+    /// and the same for all that one sender says, 0 for none; see qd_al_set_stream().
+    int open(long stream = 0);
 
     /// Closes the port if it is open.
     void close();

@@ -13,7 +13,8 @@ int fail(const char* message)
 
 }
 
-int qd_open_audio_port(const char* name, const char* direction, ALconfig& conf, ALport& port)
+int qd_open_audio_port(
+    const char* name, const char* direction, ALconfig& conf, ALport& port, long stream)
 {
     qd_close_audio_port(conf, port);
     conf = ALnewconfig();
@@ -25,6 +26,7 @@ int qd_open_audio_port(const char* name, const char* direction, ALconfig& conf, 
         return fail("Setting queue size error\n");
     if (ALsetwidth(conf, 2) < 0)
         return fail("Setting sample width error\n");
+    qd_al_set_stream(conf, stream);
     port = ALopenport(name, direction, conf);
     return port ? 0 : -1;
 }

@@ -1,7 +1,7 @@
 #include "conference/host_lookup.h"
 
+#include "platform/net/create_thread.h"
 #include "platform/net/host_address.h"
-#include "platform/net/thread.h"
 
 #include <netdb.h>
 #include <sys/socket.h>

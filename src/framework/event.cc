@@ -2,8 +2,11 @@
 
 #include "platform/net/bytes.h"
 #include "platform/net/fd.h"
+#include "platform/net/process_end.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,19 +14,44 @@
 #include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr int STATUS_SET_UP = 0;
 constexpr int STATUS_READ = 1;
-constexpr int LINK_SECONDS = 5; // how long the framework may take over the rest of an event
+constexpr std::chrono::seconds EVENT_BOUND {5};
 
+// Media threads may run: their link to the framework is gone, but not they.
 [[noreturn]] void fail(const char* message, int status)
 {
     perror(message);
-    exit(status);
+    qd_end_process(status);
 }
+
+/// The bound on one whole event, in either direction.
+class Deadline {
+public:
+    /// Waits until `fd` can be read or written. False when the bound has passed
+    /// and it still cannot.
+    bool wait(int fd, short event) const
+    {
+        for (;;) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now());
+            pollfd waiting {fd, event, 0};
+            const int ready
+                = ::poll(&waiting, 1, static_cast<int>(std::max<long>(left.count(), 0)));
+            if (ready >= 0)
+                return ready > 0;
+        }
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end_ = Clock::now() + EVENT_BOUND;
+};
 
 int argument(const char* text, const char* message)
 {
@@ -32,12 +60,14 @@ int argument(const char* text, const char* message)
     return atoi(text);
 }
 
-void write_all(int fd, const void* buf, size_t n)
+void write_all(int fd, const void* buf, size_t n, const Deadline& deadline)
 {
     const auto* from = static_cast<const char*>(buf);
     while (n > 0) {
-        const ssize_t sent = ::send(fd, from, n, MSG_NOSIGNAL);
-        if (sent < 0 && errno == EINTR)
+        const ssize_t sent = deadline.wait(fd, POLLOUT)
+            ? ::send(fd, from, n, MSG_NOSIGNAL | MSG_DONTWAIT)
+            : (errno = ETIMEDOUT, -1);
+        if (sent < 0 && (errno == EINTR || errno == EAGAIN))
             continue;
         if (sent < 0)
             fail("write", STATUS_SET_UP);
@@ -46,17 +76,33 @@ void write_all(int fd, const void* buf, size_t n)
     }
 }
 
-void write_int(int fd, int value)
+void write_int(int fd, int value, const Deadline& deadline)
 {
     uint8_t wire[4];
     qd_put_u32(wire, static_cast<uint32_t>(value));
-    write_all(fd, wire, sizeof wire);
+    write_all(fd, wire, sizeof wire, deadline);
 }
 
-int read_int(int fd)
+void read_all(int fd, void* buf, size_t n, const Deadline& deadline)
+{
+    auto* to = static_cast<char*>(buf);
+    while (n > 0) {
+        const ssize_t got = deadline.wait(fd, POLLIN) ? ::read(fd, to, n) : (errno = ETIMEDOUT, -1);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            fail("readAll", STATUS_READ);
+        if (got == 0)
+            qd_end_process(STATUS_READ);
+        to += got;
+        n -= static_cast<size_t>(got);
+    }
+}
+
+int read_int(int fd, const Deadline& deadline)
 {
     uint8_t wire[4];
-    readAll(fd, wire, sizeof wire);
+    read_all(fd, wire, sizeof wire, deadline);
     return static_cast<int>(qd_get_u32(wire));
 }
 
@@ -85,51 +131,34 @@ int registerApp(int argc, char** argv)
     const int at_once = 1; // the link carries small messages, each of them wanted now
     ::setsockopt(fd.get(), IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
 
-    // Events come whole; a framework that stops in the middle of one, or does not
-    // read, has failed.
-    const timeval limit {LINK_SECONDS, 0};
-    ::setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    ::setsockopt(fd.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-
-    write_int(fd.get(), aid);
-    write_int(fd.get(), sid);
-    write_int(fd.get(), at);
+    const Deadline deadline;
+    write_int(fd.get(), aid, deadline);
+    write_int(fd.get(), sid, deadline);
+    write_int(fd.get(), at, deadline);
     return fd.release();
 }
 
-void readAll(int fd, void* buf, unsigned n)
-{
-    auto* to = static_cast<char*>(buf);
-    while (n > 0) {
-        const ssize_t got = ::read(fd, to, n);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            fail("readAll", STATUS_READ);
-        if (got == 0)
-            exit(STATUS_READ);
-        to += got;
-        n -= static_cast<unsigned>(got);
-    }
-}
+void readAll(int fd, void* buf, unsigned n) { read_all(fd, buf, n, Deadline()); }
 
 void sendEvent(int fd, const Event* e)
 {
-    write_int(fd, e->type);
-    write_int(fd, e->len);
-    write_all(fd, e->data, static_cast<size_t>(e->len));
+    const Deadline deadline;
+    write_int(fd, e->type, deadline);
+    write_int(fd, e->len, deadline);
+    write_all(fd, e->data, static_cast<size_t>(e->len), deadline);
 }
 
 Event* receiveEvent(int fd)
 {
-    const int type = read_int(fd);
-    const int len = read_int(fd);
+    const Deadline deadline;
+    const int type = read_int(fd, deadline);
+    const int len = read_int(fd, deadline);
     if (len < 0 || len > Event::MAX_LEN) {
         errno = EMSGSIZE;
         fail("readAll", STATUS_READ);
     }
     const auto payload = std::make_unique<char[]>(static_cast<size_t>(len));
-    readAll(fd, payload.get(), static_cast<unsigned>(len));
+    read_all(fd, payload.get(), static_cast<size_t>(len), deadline);
     Event* event = createEvent(type, len, payload.get());
     if (type == Event::ECHO)
         sendEvent(fd, event);

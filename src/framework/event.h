@@ -17,9 +17,10 @@ struct Event {
     char* data; // owned
 };
 
-// A failure of the link is the end of the process: with status 0 where starting
-// or writing failed, 1 where reading failed or the framework has closed the
-// link; perror() names it except for the closed link. One thread uses a link.
+// A failure of the link is the end of the process (qd_end_process): with status 0
+// where starting or writing failed, 1 where reading failed or the framework has
+// closed the link; perror() names it except for the closed link. What is not
+// whole within 5 s in all has failed. One thread uses a link.
 
 /// Checks the launch arguments (program, AID, SID, AT, port), connects to the
 /// port on this machine and registers. Returns the connected descriptor.

@@ -20,6 +20,7 @@ QD_Orvik_Control::QD_Orvik_Control(int argc, char** argv) :
     session_(QD_Session_Control::instance()),
     orvik_sock_(registerApp(argc, argv))
 {
+    QD_Session_Control::save_at_end();
 }
 
 QD_Orvik_Control::~QD_Orvik_Control()

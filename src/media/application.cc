@@ -1,6 +1,5 @@
 #include "media/application.h"
 
-#include "platform/net/left_behind.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/udp_socket.h"
 
@@ -48,9 +47,7 @@ int QD_Application::init()
 
 void QD_Application::close()
 {
-    const bool ended = read_thread_->kill() == 0;
-    if (!ended) // it still uses itself, and this object until it notices
-        qd_leave_behind(std::move(read_thread_));
+    read_thread_->kill();
     QD_Lock hold(send_mutex_);
     const QD_Fd closed(data_sock_.exchange(-1));
 }

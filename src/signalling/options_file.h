@@ -9,6 +9,7 @@
 int qd_read_options_file(_options* options);
 
 /// Replaces the file whole: after a crash or on a full disk the old one is
-/// still there. Returns 0, or -1 if HOME is unset or too long or the new file
-/// cannot be opened or written.
+/// still there. Symbolic links are followed and the file's mode is kept; a new
+/// one is the user's alone. Returns 0, or -1 if HOME is unset or too long, there
+/// is something else than a file, or the new file cannot be opened or written.
 int qd_write_options_file(const _options& options);

@@ -1,14 +1,15 @@
 #include "signalling/session_control.h"
 
+#include "platform/net/process_end.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/utf8.h"
 #include "signalling/connector.h"
 #include "signalling/options_file.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 QD_Mutex QD_Session_Control::instance_mutex_;
 int QD_Session_Control::reference_no_ = 0;
@@ -16,8 +17,6 @@ QD_Session_Control* QD_Session_Control::session_control_ = nullptr;
 
 QD_Session_Control* QD_Session_Control::instance()
 {
-    // Some ways out leave holders behind; the options are to be kept on those, too.
-    [[maybe_unused]] static const int registered = atexit(save_at_exit);
     QD_Lock hold(instance_mutex_);
     if (reference_no_ == 0)
         session_control_ = new QD_Session_Control;
@@ -27,18 +26,25 @@ QD_Session_Control* QD_Session_Control::instance()
 
 void QD_Session_Control::destroy()
 {
-    QD_Lock hold(instance_mutex_);
-    if (reference_no_ > 0 && --reference_no_ > 0)
-        return;
-    delete session_control_;
-    session_control_ = nullptr;
+    const QD_Session_Control* last = nullptr;
+    {
+        QD_Lock hold(instance_mutex_);
+        if (reference_no_ > 0 && --reference_no_ > 0)
+            return;
+        last = std::exchange(session_control_, nullptr);
+    }
+    // Without the mutex: with the members go their windows, and the display may be lost
+    // on the way, which ends the process.
+    delete last;
 }
 
-void QD_Session_Control::save_at_exit()
+void QD_Session_Control::save_at_end()
 {
-    QD_Lock hold(instance_mutex_);
-    if (session_control_ != nullptr)
-        session_control_->save_options();
+    qd_save_at_end([] {
+        QD_Lock hold(instance_mutex_);
+        if (session_control_ != nullptr)
+            session_control_->save_options();
+    });
 }
 
 QD_Session_Control::QD_Session_Control() :

@@ -21,8 +21,7 @@
 #include <vector>
 
 /// A counted singleton: every use stands between instance() and destroy(), and
-/// the last destroy() saves the options and deletes it. They are saved, too,
-/// when the process ends normally with holders left.
+/// the last destroy() saves the options and deletes it.
 ///
 /// Threads: the user-interface thread alone adds and removes members and calls
 /// whatever is not marked otherwise. Other threads reach members only between
@@ -42,6 +41,10 @@ public:
     static QD_Session_Control* instance();
     /// Gives one instance() back. Any thread, but the last holder's is the user-interface thread.
     static void destroy();
+
+    /// Has the options saved, too, when the process ends with holders left, from
+    /// now on: a start that fails before this leaves the file alone.
+    static void save_at_end();
 
     QD_Session_Control(const QD_Session_Control&) = delete;
     QD_Session_Control& operator=(const QD_Session_Control&) = delete;
@@ -172,7 +175,6 @@ public:
 private:
     QD_Session_Control();
     ~QD_Session_Control();
-    static void save_at_exit();
 
     bool is_selected(QD_Member* m) const;
     bool admit(QD_Member* m, QD_Member::Origin origin, bool local = false);

@@ -2,17 +2,24 @@
 #pragma once
 
 #include <cstdio>
+#include <fcntl.h>
 #include <initializer_list>
 #include <memory>
 #include <unistd.h>
 
-/// One thread writes. Without a file (the directory may be closed to us) lines are dropped.
+/// One thread writes. Without a file (the directory may be closed to us, or the
+/// name taken by a pipe) lines are dropped. A new file is the user's alone.
 class QD_Trace_File {
 public:
     /// A file beyond this many bytes is emptied and begun again.
     static constexpr long LIMIT = 64L << 20;
 
-    explicit QD_Trace_File(const char* path) : file_(fopen(path, "we"), &close_file) {}
+    explicit QD_Trace_File(const char* path) :
+        file_(
+            fdopen(::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0600), "w"),
+            &close_file)
+    {
+    }
 
     /// The lines of a picture of the stream `id` begin.
     void start(int id, int line)

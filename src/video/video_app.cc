@@ -1,7 +1,6 @@
 #include "video/video_app.h"
 
 #include "platform/net/bytes.h"
-#include "platform/net/left_behind.h"
 #include "platform/vl/vl.h"
 
 #include <algorithm>
@@ -52,10 +51,8 @@ QD_VideoApp::QD_VideoApp() :
 
 QD_VideoApp::~QD_VideoApp()
 {
-    if (cap_thread_->kill() == 0)
-        qd_vl_shutdown();
-    else // it still uses these
-        qd_leave_behind(std::move(cap_thread_));
+    cap_thread_->kill();
+    qd_vl_shutdown();
     printf("QD_VideoApp: sent %d packets\n", get_sent());
     QD_Session_Control::destroy();
 }

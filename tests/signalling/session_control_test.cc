@@ -5,6 +5,7 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 using testing::ElementsAre;
 
@@ -125,4 +126,40 @@ TEST_F(SessionControlTest, AShortOptionsFileCountsForNothingAndAFullDiskLeavesTh
     EXPECT_EQ(qd_write_options_file(options), -1);
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(qd_read_file(home_.file(".qd.cfg")), old);
+}
+
+TEST_F(SessionControlTest, TheOptionsFileMayBeALinkAndKeepsItsModeAndNothingElseIsReplaced)
+{
+    const std::string cfg = home_.file(".qd.cfg");
+    const auto mode = [&] { return std::filesystem::status(cfg).permissions(); };
+    using enum std::filesystem::perms;
+    _options options;
+    options.volume = 77;
+    EXPECT_EQ(qd_write_options_file(options), 0);
+    EXPECT_EQ(mode(), owner_read | owner_write) << "when new";
+    std::filesystem::permissions(cfg, owner_read | owner_write | group_read);
+    std::filesystem::create_directory(home_.file("dots"));
+    std::filesystem::rename(cfg, home_.file("dots/quendal"));
+    std::filesystem::create_symlink("dots/quendal", cfg);
+    options.volume = 78;
+    EXPECT_EQ(qd_write_options_file(options), 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(cfg));
+    EXPECT_EQ(mode(), owner_read | owner_write | group_read);
+    EXPECT_EQ(session_->restore_options(), 0);
+    EXPECT_EQ(session_->get_options()->volume, 78);
+    std::filesystem::remove(home_.file("dots/quendal"));
+    EXPECT_EQ(qd_write_options_file(options), 0);
+    EXPECT_TRUE(std::filesystem::exists(home_.file("dots/quendal")))
+        << "a link to what is not there";
+
+    for (auto* make : {+[](const char* path) { return ::mkfifo(path, 0600); },
+             +[](const char* path) { return ::mkdir(path, 0700); },
+             +[](const char* path) { return ::symlink(path, path); }}) {
+        std::filesystem::remove(cfg);
+        ASSERT_EQ(make(cfg.c_str()), 0);
+        const auto before = std::filesystem::symlink_status(cfg).type();
+        EXPECT_EQ(session_->restore_options(), -1) << "and does not wait";
+        EXPECT_EQ(qd_write_options_file(options), -1);
+        EXPECT_EQ(std::filesystem::symlink_status(cfg).type(), before);
+    }
 }

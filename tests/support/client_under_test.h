@@ -16,6 +16,7 @@ public:
         std::string options_file {}; // bytes, "" for none
         std::vector<std::string> toolkit_options {};
         std::map<std::string, std::string> environment {}; // further or instead of the test's own
+        std::string out {}; // what it prints goes here, "" for the file "log"
     };
 
     QD_Client_Under_Test(int host, const Set_Up& set_up)
@@ -28,7 +29,9 @@ public:
         auto environment = set_up.environment;
         environment.insert({{"HOME", dir_.path()}, {"QD_LOCAL_ADDRESS", qd_test_address(host)},
             {"QD_MIC", set_up.mic}, {"QD_SPEAKER", set_up.speaker}, {"QD_CAMERA", set_up.camera}});
-        child_.emplace(command, QD_Surroundings {file("log"), dir_.path(), std::move(environment)});
+        child_.emplace(command,
+            QD_Surroundings {set_up.out.empty() ? file("log") : set_up.out, dir_.path(),
+                std::move(environment)});
         registered_ = framework_.accept() == std::string("\0\0\0\x0b\0\0\0\x16\0\0\0\x21", 12);
     }
 

@@ -8,6 +8,7 @@
 
 struct QD_Al_Config {
     size_t queue_size = 1600;
+    long stream = 0;
 };
 
 struct QD_Al_Handle {
@@ -121,8 +122,9 @@ private:
 
 Devices& devices()
 {
-    static Devices both;
-    return both;
+    // Never destroyed: a process that loses its framework or its display ends with threads in them.
+    static auto* const both = new Devices;
+    return *both;
 }
 
 bool serves(ALport port, QD_Al_Port::Side side) { return port && port->port->side() == side; }
@@ -157,6 +159,14 @@ int ALsetwidth(ALconfig config, long bytes_a_sample)
     return config && bytes_a_sample == sizeof(int16_t) ? 0 : -1;
 }
 
+int qd_al_set_stream(ALconfig config, long number)
+{
+    if (!config || number < 0)
+        return -1;
+    config->stream = number;
+    return 0;
+}
+
 ALport ALopenport(const char* /*name*/, const char* direction, ALconfig config)
 {
     const std::string text = direction ? direction : "";
@@ -165,6 +175,7 @@ ALport ALopenport(const char* /*name*/, const char* direction, ALconfig config)
     const auto side = text == "r" ? QD_Al_Port::CAPTURE : QD_Al_Port::PLAY;
     ALport handle = new QD_Al_Handle {
         devices().get(side), std::make_shared<QD_Al_Port>(side, config->queue_size)};
+    handle->port->set_stream(config->stream);
     handle->device->attach(handle->port);
     return handle;
 }

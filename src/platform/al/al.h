@@ -40,6 +40,11 @@ int ALsetchannels(ALconfig config, long channels);    // 1
 int ALsetqueuesize(ALconfig config, long samples);    // 1..65536
 int ALsetwidth(ALconfig config, long bytes_a_sample); // 2
 
+/// Ports that are opened one after the other with the same number above 0 are
+/// one stream: a device that records keeps it in one place. 0, the default, is
+/// no stream. Returns 0, or -1 as above.
+int qd_al_set_stream(ALconfig config, long number);
+
 /// Opens a port for reading ("r", microphone) or writing ("w", loudspeaker).
 /// `name` is for people. Null for another direction or a null configuration;
 /// a device that is missing is no reason: it may come later.

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <numbers>
+#include <utility>
 
 /// The thread that drives a device.
 class QD_Headless::Beater : public SprocThread {
@@ -161,18 +165,25 @@ QD_File_Speaker::~QD_File_Speaker()
     take_arrivals(); // a port that was opened has its file, even if it was never played
 }
 
-QD_File_Speaker::File QD_File_Speaker::create(const std::string& name)
+QD_File_Speaker::File QD_File_Speaker::open(const std::string& name, Begin begin)
 {
+    const bool anew = begin == AT_START;
     SF_INFO info {};
-    info.samplerate = QD_AL_RATE;
-    info.channels = 1;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    if (anew) {
+        info.samplerate = QD_AL_RATE;
+        info.channels = 1;
+        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    }
     const std::string path = directory_ + "/" + name;
-    File file(sf_open(path.c_str(), SFM_WRITE, &info));
+    const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC | (anew ? O_CREAT | O_TRUNC : 0), 0600);
+    File file(fd < 0 ? nullptr : sf_open_fd(fd, anew ? SFM_WRITE : SFM_RDWR, &info, SF_TRUE));
     if (!file && !std::exchange(told_, true))
-        fprintf(stderr, "QD_SPEAKER: %s: %s\n", path.c_str(), sf_strerror(nullptr));
-    if (file) // a file that nothing is written to is to be a valid one, too
+        fprintf(stderr, "QD_SPEAKER: %s: %s\n", path.c_str(),
+            fd < 0 ? strerror(errno) : sf_strerror(nullptr));
+    if (file && anew) // a file that nothing is written to is to be a valid one, too
         sf_command(file.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
+    else if (file)
+        sf_seek(file.get(), 0, SEEK_END);
     return file;
 }
 
@@ -186,10 +197,28 @@ void QD_File_Speaker::append(const File& file, std::span<const int16_t> samples)
 
 void QD_File_Speaker::opened(std::shared_ptr<QD_Al_Port> port)
 {
-    if (opened_ == 0)
-        mix_ = create("mix.wav");
-    ++opened_;
-    tracks_.push_back({std::move(port), create("port-" + std::to_string(opened_) + ".wav")});
+    if (!std::exchange(begun_, true))
+        mix_ = open("mix.wav", AT_START);
+    const long stream = port->stream();
+    const auto before = std::find_if(tracks_.begin(), tracks_.end(),
+        [&](const Track& track) { return stream > 0 && track.port->stream() == stream; });
+    if (before == tracks_.end())
+        tracks_.push_back({std::move(port), open_track(stream)});
+    else
+        before->port = std::move(port); // the one before was closed in the same block
+}
+
+QD_File_Speaker::File QD_File_Speaker::open_track(long stream)
+{
+    const auto name = [](int number) { return "port-" + std::to_string(number) + ".wav"; };
+    if (const auto known = numbers_.find(stream); known != numbers_.end())
+        return open(name(known->second), AT_END);
+    if (files_ == MOST_FILES)
+        return nullptr;
+    ++files_;
+    if (stream > 0)
+        numbers_[stream] = files_;
+    return open(name(files_), AT_START);
 }
 
 void QD_File_Speaker::move_block()

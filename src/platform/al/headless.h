@@ -7,6 +7,7 @@
 #include "platform/net/thread.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <sndfile.h>
 #include <span>
@@ -87,8 +88,13 @@ private:
 /// samples played and nothing else; and mix.wav, what a listener hears from the
 /// first opening on: the saturated sum, and silence where nothing plays. The
 /// headers are brought up to date every second and at the end.
+/// A port that carries on the stream of one before it (see qd_al_set_stream)
+/// adds to the file of that one; beyond MOST_FILES ports are heard in mix.wav
+/// only. New files are the user's alone.
 class QD_File_Speaker : public QD_Headless {
 public:
+    static constexpr int MOST_FILES = 1000;
+
     explicit QD_File_Speaker(std::string directory) : directory_(std::move(directory)) {}
     ~QD_File_Speaker() override;
 
@@ -96,7 +102,7 @@ protected:
     void opened(std::shared_ptr<QD_Al_Port> port) override;
     void move_block() override;
     void skipped(long beats) override;
-    bool idle() const override { return opened_ == 0; }
+    bool idle() const override { return !begun_; }
 
 private:
     struct Close {
@@ -107,15 +113,19 @@ private:
         std::shared_ptr<QD_Al_Port> port;
         File file;
     };
-    File create(const std::string& name);
+    enum Begin { AT_START, AT_END };
+    File open(const std::string& name, Begin begin);
+    File open_track(long stream);
     void append(const File& file, std::span<const int16_t> samples);
 
     const std::string directory_;
     std::vector<Track> tracks_;
     File mix_;
-    int opened_ = 0; // ports so far
+    int files_ = 0;               // port-<n>.wav so far
+    std::map<long, int> numbers_; // n of each stream
     long beats_ = 0;
-    bool told_ = false; // that a file cannot be written
+    bool begun_ = false; // some port was opened
+    bool told_ = false;  // that a file cannot be written
 };
 
 /// Sources for QD_Synthetic_Mic: a sine of half the full scale; a sound file,

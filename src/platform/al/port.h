@@ -33,6 +33,10 @@ public:
 
     Side side() const { return side_; }
 
+    /// The stream it carries on, 0 for none; see qd_al_set_stream(). Set before a device has it.
+    void set_stream(long number) { stream_ = number; }
+    long stream() const { return stream_; }
+
     /// Adds samples; where the queue has no room, the oldest go.
     void write(std::span<const int16_t> samples) QD_EXCLUDES(mutex_);
 
@@ -58,6 +62,7 @@ private:
     void read_piece(std::span<int16_t> out) QD_EXCLUDES(mutex_);
 
     const Side side_;
+    long stream_ = 0;
     const QD_Clock& clock_;
     std::atomic<bool> closed_ = false;
 

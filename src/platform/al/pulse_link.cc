@@ -44,6 +44,21 @@ void forget(pa_operation* operation)
 
 }
 
+/// The main loop and its thread.
+class QD_Pulse_Link::Loop : public SprocThread {
+public:
+    Loop() : SprocThread("pulse") {}
+
+    pa_mainloop* get() const { return loop_.get(); }
+
+protected:
+    int run() override { return pa_mainloop_run(loop_.get(), nullptr); }
+
+private:
+    std::unique_ptr<pa_mainloop, void (*)(pa_mainloop*)> loop_ {
+        pa_mainloop_new(), pa_mainloop_free};
+};
+
 pa_cvolume QD_Pulse_Link::Gain::volume() const
 {
     pa_cvolume both;
@@ -57,11 +72,11 @@ pa_cvolume QD_Pulse_Link::Gain::volume() const
 std::shared_ptr<QD_Pulse_Link> QD_Pulse_Link::shared()
 {
     static QD_Mutex mutex;
-    static std::weak_ptr<QD_Pulse_Link> in_use;
+    static auto* const in_use = new std::weak_ptr<QD_Pulse_Link>; // never destroyed
     QD_Lock hold(mutex);
-    std::shared_ptr<QD_Pulse_Link> link = in_use.lock();
+    std::shared_ptr<QD_Pulse_Link> link = in_use->lock();
     if (!link)
-        in_use = link = std::make_shared<QD_Pulse_Link>();
+        *in_use = link = std::make_shared<QD_Pulse_Link>();
     return link;
 }
 
@@ -69,32 +84,31 @@ QD_Pulse_Link::~QD_Pulse_Link()
 {
     if (!loop_)
         return;
-    pa_threaded_mainloop_stop(loop_);
+    stopping_ = true;
+    wake_.raise();
+    loop_->kill();
     // From here on this thread is the only one left.
     disconnect();
     if (retry_event_)
         api_->time_free(retry_event_);
     api_->io_free(wake_event_);
-    pa_threaded_mainloop_free(loop_);
 }
 
 int QD_Pulse_Link::start_loop()
 {
     if (loop_)
         return 0;
-    pa_threaded_mainloop* loop = pa_threaded_mainloop_new();
-    if (!loop)
+    auto loop = std::make_unique<Loop>();
+    if (!loop->get())
         return -1;
-    pa_threaded_mainloop_set_name(loop, "pulse");
-    api_ = pa_threaded_mainloop_get_api(loop);
+    api_ = pa_mainloop_get_api(loop->get());
     wake_event_ = api_->io_new(api_, wake_.get(), PA_IO_EVENT_INPUT, on_wake, this);
     retry_delay_ = FIRST_RETRY;
-    if (pa_threaded_mainloop_start(loop) < 0) {
+    if (loop->start() < 0) {
         api_->io_free(wake_event_);
-        pa_threaded_mainloop_free(loop);
         return -1;
     }
-    loop_ = loop;
+    loop_ = std::move(loop);
     return 0;
 }
 
@@ -124,7 +138,10 @@ void QD_Pulse_Link::on_wake(pa_mainloop_api*, pa_io_event*, int, pa_io_event_fla
 {
     auto* link = static_cast<QD_Pulse_Link*>(self);
     link->wake_.take();
-    link->serve();
+    if (link->stopping_)
+        link->api_->quit(link->api_, 0);
+    else
+        link->serve();
 }
 
 void QD_Pulse_Link::on_retry(pa_mainloop_api* api, pa_time_event* event, const timeval*, void* self)

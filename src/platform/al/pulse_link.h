@@ -2,7 +2,9 @@
 #pragma once
 
 #include "platform/al/port.h"
+#include "platform/net/thread.h"
 
+#include <atomic>
 #include <chrono>
 #include <list>
 #include <memory>
@@ -10,7 +12,7 @@
 #include <string>
 #include <vector>
 
-/// One context and one threaded main loop, from the first attach() on. attach(),
+/// One context and one main loop on a thread of its own, from the first attach() on. attach(),
 /// nudge() and set_gain() may be called from any thread and never wait; the
 /// rest runs on the main loop's thread. The owner keeps its thread off the loop.
 class QD_Pulse_Link {
@@ -50,6 +52,8 @@ private:
         long gain_change = 0;        // the setting it has
     };
 
+    class Loop;
+
     int start_loop() QD_REQUIRES(mutex_);
 
     // On the main loop's thread:
@@ -72,8 +76,9 @@ private:
     QD_Wake wake_;
     QD_Mutex mutex_;
     std::vector<Stream> arrivals_ QD_GUARDED_BY(mutex_);
-    Gain new_gains_[2] QD_GUARDED_BY(mutex_);                    // by QD_Al_Port::Side
-    pa_threaded_mainloop* loop_ QD_GUARDED_BY(mutex_) = nullptr; // made by the first attach()
+    Gain new_gains_[2] QD_GUARDED_BY(mutex_);          // by QD_Al_Port::Side
+    std::unique_ptr<Loop> loop_ QD_GUARDED_BY(mutex_); // made by the first attach()
+    std::atomic<bool> stopping_ = false;
 
     // The main loop thread's own, once it runs.
     pa_mainloop_api* api_ = nullptr;

@@ -22,10 +22,11 @@ public:
         return wake.wait(static_cast<int>(std::clamp<long>(left, 0, 60'000)));
     }
 
-    /// The machine's own clock, shared by all.
+    /// The machine's own clock, shared by all, and never destroyed: threads may
+    /// still read it while the process ends.
     static const QD_Clock& real()
     {
-        static const QD_Clock clock;
-        return clock;
+        static const auto* const clock = new QD_Clock;
+        return *clock;
     }
 };

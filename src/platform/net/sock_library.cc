@@ -1,8 +1,8 @@
 #include "platform/net/sock_library.h"
 
+#include "platform/net/create_thread.h"
 #include "platform/net/host_names.h"
 #include "platform/net/local_address.h"
-#include "platform/net/thread.h"
 
 #include <arpa/inet.h>
 #include <chrono>

@@ -1,36 +1,10 @@
 #include "platform/net/thread.h"
 
-#include <csignal>
+#include "platform/net/create_thread.h"
+#include "platform/net/process_end.h"
+
 #include <cstdio>
-
-namespace {
-
-// Signals are the user interface's affair: the new thread inherits a full mask.
-int create(pthread_t* thread, void* (*run)(void*), void* argument)
-{
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const int error = pthread_create(thread, nullptr, run, argument);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return error == 0 ? 0 : -1;
-}
-
-using Work = std::function<void()>;
-
-void* run_work(void* given)
-{
-    const std::unique_ptr<Work> work(static_cast<Work*>(given));
-    (*work)();
-    return nullptr;
-}
-
-}
-
-struct SprocThread::Ending {
-    QD_Wake done;
-};
+#include <cstdlib>
 
 SprocThread::SprocThread(const char* name) : name_(name) {}
 
@@ -44,22 +18,24 @@ int SprocThread::start()
 {
     if (joinable_)
         return -1;
-    ending_ = std::make_shared<Ending>();
     running = 1;
-    joinable_ = create(&thread_, run_callback, this) == 0;
-    if (!joinable_)
+    self_ = weak_from_this().lock(); // null if the owner does not share the object
+    joinable_ = qd_create_thread(&thread_, run_callback, this) == 0;
+    if (!joinable_) {
         running = 0;
+        self_.reset();
+    }
     return joinable_ ? 0 : -1;
 }
 
-void* SprocThread::run_callback(void* self)
+void* SprocThread::run_callback(void* given)
 {
-    auto* thread = static_cast<SprocThread*>(self);
-    std::shared_ptr<Ending> ending = thread->ending_;
+    auto* thread = static_cast<SprocThread*>(given);
+    const std::shared_ptr<SprocThread> self = std::move(thread->self_);
     thread->pid_ = gettid();
     pthread_setname_np(pthread_self(), thread->name_);
     thread->run();
-    ending->done.raise();
+    thread->ended_.raise(); // not another look at the object, unless `self` holds it
     return nullptr;
 }
 
@@ -69,19 +45,38 @@ void SprocThread::stop()
     wake_.raise();
 }
 
-int SprocThread::kill(int milliseconds)
+// In slices: a process that is stopped and goes on later finds the one slice
+// passed that it was in, while its threads have had no time to end.
+bool SprocThread::wait_for_end(int milliseconds)
+{
+    constexpr int SLICE_MS = 100;
+    for (; milliseconds > SLICE_MS; milliseconds -= SLICE_MS)
+        if (ended_.wait(SLICE_MS))
+            return true;
+    return ended_.wait(milliseconds);
+}
+
+int SprocThread::let_go(int milliseconds)
 {
     if (!joinable_)
         return 0;
     stop();
     joinable_ = false;
-    if (!ending_->done.wait(milliseconds)) {
+    if (!wait_for_end(milliseconds)) {
         pthread_detach(thread_);
         fprintf(stderr, "SprocThread: thread %d does not end\n", static_cast<int>(pid_.load()));
         return -1;
     }
     pthread_join(thread_, nullptr);
+    ended_.take();
     wake_.take();
+    return 0;
+}
+
+int SprocThread::kill(int milliseconds)
+{
+    if (let_go(milliseconds) < 0)
+        qd_end_process(EXIT_SUCCESS);
     return 0;
 }
 
@@ -89,15 +84,4 @@ void SprocThread::pause(int milliseconds)
 {
     if (running != 0 && wake_.wait(milliseconds) && running != 0)
         wake_.take();
-}
-
-int qd_run_detached(Work work)
-{
-    auto given = std::make_unique<Work>(std::move(work));
-    pthread_t thread {};
-    if (create(&thread, run_work, given.get()) < 0)
-        return -1;
-    given.release(); // it is the thread's
-    pthread_detach(thread);
-    return 0;
 }

@@ -1,10 +1,9 @@
-// Threads of execution: with a cooperative stop and a bounded end, or left to themselves.
+// Threads of execution with a cooperative stop and a bounded end.
 #pragma once
 
 #include "platform/net/wake.h"
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <pthread.h>
 #include <sys/types.h>
@@ -23,11 +22,14 @@ protected:
 /// One thread that runs run() until it returns. run() tests `running` and
 /// sleeps only in pause(), so that stop() ends it at once.
 ///
-/// start(), stop() and kill() are called by the owner; wake() by any thread.
-/// The owner calls kill() before it destroys the object or anything run() uses.
-class SprocThread : public Thread {
+/// start(), stop(), kill() and let_go() are called by the owner; wake() by any
+/// thread. The owner calls kill() before it destroys the object or anything
+/// run() uses; or holds the object by a std::shared_ptr, as run() then does
+/// too, lets run() use nothing that the object does not own, and calls let_go().
+class SprocThread : public Thread, public std::enable_shared_from_this<SprocThread> {
 public:
-    /// How long kill() waits for run() to return.
+    /// How long kill() and let_go() wait for run() to return. Time in which the
+    /// whole process is stopped does not count.
     static constexpr int KILL_MS = 2000;
 
     /// `name`, at most 15 characters, is what the system calls the thread.
@@ -43,12 +45,18 @@ public:
     /// Clears `running` and ends a pause() under way. Does not wait.
     void stop() override;
 
-    /// stop(), then waits for run() to return, at most `milliseconds`.
-    /// Returns 0, also when nothing runs. -1 if run() is stuck: it is then left
-    /// to itself with a line on standard error, and neither this object nor
-    /// what run() uses may be destroyed any more. Never call it with a lock
-    /// held that run() takes.
+    /// stop(), then waits for run() to return and joins the thread. Returns 0,
+    /// also when nothing runs. If run() does not return in time, nothing that it
+    /// uses can be destroyed any more: the process ends there and then, with a
+    /// line on standard error and status 0 (see qd_end_process). Never call it
+    /// with a lock held that run() takes.
     int kill(int milliseconds = KILL_MS);
+
+    /// The same for a thread that a device may hold up, of an object held by a
+    /// std::shared_ptr: if run() does not return in time, a line says so and the
+    /// thread keeps the object until it does. Returns 0, or -1 in that case; the
+    /// owner drops its pointer in any case.
+    int let_go(int milliseconds = KILL_MS);
 
     /// Ends a pause() under way, or the next one, early. Any thread.
     void wake() { wake_.raise(); }
@@ -66,18 +74,14 @@ protected:
     std::atomic<int> running = 0;
 
 private:
-    struct Ending; // outlives this object where the thread had to be abandoned
     static void* run_callback(void* self);
+    bool wait_for_end(int milliseconds);
 
     const char* const name_;
     std::atomic<pid_t> pid_ = 0;
     QD_Wake wake_;
-    std::shared_ptr<Ending> ending_;
+    QD_Wake ended_;
+    std::shared_ptr<SprocThread> self_; // set by start(), the thread's from then on
     pthread_t thread_ {};
     bool joinable_ = false;
 };
-
-/// Runs `work` on a thread that nobody waits for, signals blocked in it. It owns
-/// what it uses, or that is kept for the life of the process. Returns 0, or -1 if
-/// there can be no thread; then nothing is run. Any thread.
-int qd_run_detached(std::function<void()> work);

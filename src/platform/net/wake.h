@@ -3,6 +3,9 @@
 
 #include "platform/net/fd.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -31,11 +34,19 @@ public:
     }
 
     /// Waits up to `milliseconds` for a raise, which stays to be taken. Returns
-    /// whether there is one.
+    /// whether there is one. A signal does not shorten the wait.
     bool wait(int milliseconds) const
     {
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
         pollfd waiting {fd_.get(), POLLIN, 0};
-        return ::poll(&waiting, 1, milliseconds) > 0;
+        for (;;) {
+            const int found = ::poll(&waiting, 1, milliseconds);
+            if (found >= 0 || errno != EINTR)
+                return found > 0;
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+            milliseconds = static_cast<int>(std::max<long>(left.count(), 0));
+        }
     }
 
     /// For polling beside other descriptors.

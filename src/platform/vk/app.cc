@@ -1,5 +1,6 @@
 #include "platform/vk/app.h"
 
+#include "platform/net/process_end.h"
 #include "platform/vk/looks.h"
 #include "platform/vk/resources.h"
 #include "platform/vk/simple_window.h"
@@ -60,6 +61,13 @@ int report_error(Display* display, XErrorEvent* error)
     return 0;
 }
 
+/// Xlib is in the middle of something then: no more windows can be destroyed.
+int report_lost_display(Display* display)
+{
+    std::fprintf(stderr, "VkApp: the display \"%s\" is gone\n", DisplayString(display));
+    qd_end_process(EXIT_FAILURE);
+}
+
 }
 
 VkApp::VkApp(const char* appClass, int* argc, char** argv) :
@@ -76,6 +84,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv) :
     }
     theApplication = this;
     XSetErrorHandler(report_error);
+    XSetIOErrorHandler(report_lost_display);
     set_font_resolution(display_);
 
     char* name = nullptr;

@@ -16,7 +16,8 @@ public:
     /// Opens the display and takes the toolkit's options (-display, -geometry,
     /// -xrm, ...) out of `argc` and `argv`. The application resources are looked
     /// up under `appClass`. If the display cannot be opened, one line on
-    /// standard error says so and the process exits with status 1.
+    /// standard error says so and the process exits with status 1; if it is lost
+    /// later, the process ends by qd_end_process(1).
     VkApp(const char* appClass, int* argc, char** argv);
     VkApp(const VkApp&) = delete;
     VkApp& operator=(const VkApp&) = delete;

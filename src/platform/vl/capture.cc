@@ -1,6 +1,5 @@
 #include "platform/vl/capture.h"
 
-#include "platform/net/left_behind.h"
 #include "platform/net/mutex.h"
 
 #include <algorithm>
@@ -68,7 +67,8 @@ private:
 
 using State = QD_Picture_Shelf::State;
 
-/// Opens the camera, reads it, and opens it again when it has gone.
+/// Opens the camera, reads it, and opens it again when it has gone. Owns, or shares
+/// in, all that it uses: a device may hold it up for ever.
 class QD_Camera_Thread : public SprocThread {
 public:
     QD_Camera_Thread(std::unique_ptr<QD_Camera> camera, std::shared_ptr<QD_Picture_Shelf> shelf,
@@ -133,15 +133,11 @@ private:
 QD_Capture::QD_Capture(std::unique_ptr<QD_Camera> camera, QD_Capture_Times times) :
     times_(times),
     shelf_(std::make_shared<QD_Picture_Shelf>()),
-    reader_(std::make_unique<QD_Camera_Thread>(std::move(camera), shelf_, times))
+    reader_(std::make_shared<QD_Camera_Thread>(std::move(camera), shelf_, times))
 {
 }
 
-QD_Capture::~QD_Capture()
-{
-    if (reader_->kill() < 0) // it still uses itself
-        qd_leave_behind(std::move(reader_));
-}
+QD_Capture::~QD_Capture() { reader_->let_go(); }
 
 int QD_Capture::start() { return reader_->start(); }
 

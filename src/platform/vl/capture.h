@@ -30,7 +30,7 @@ public:
     explicit QD_Capture(std::unique_ptr<QD_Camera> camera, QD_Capture_Times times = {});
 
     /// Ends the reader, waiting for it SprocThread::KILL_MS at most; one that is
-    /// stuck in its device is left to itself, with its camera.
+    /// stuck in its device is let go, with its camera.
     ~QD_Capture();
     QD_Capture(const QD_Capture&) = delete;
     QD_Capture& operator=(const QD_Capture&) = delete;
@@ -51,7 +51,7 @@ private:
 
     const QD_Capture_Times times_;
     std::shared_ptr<class QD_Picture_Shelf> shelf_;
-    std::unique_ptr<QD_Camera_Thread> reader_;
+    std::shared_ptr<QD_Camera_Thread> reader_;
     QD_Test_Card card_;
     std::atomic<int> fps_ = 5;
     QD_Clock::Time due_;   // of the next picture

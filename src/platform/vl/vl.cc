@@ -67,7 +67,7 @@ struct Library {
     int fps = QD_Quantiser::FIRST_FPS;
 };
 
-// Never destroyed: a thread that had to be left to itself may still be in it.
+// Never destroyed: a process that loses its framework or its display ends with threads in it.
 Library& library()
 {
     static auto* const the_library = new Library;

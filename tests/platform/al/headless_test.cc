@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/stat.h>
 
 using namespace std::chrono_literals;
 
@@ -58,4 +59,46 @@ TEST(FileSpeaker, WritesEachPortBitExactlyAndTheSaturatedMixInRealTimeThroughASt
     EXPECT_EQ(qd_read_wav(dir / "port-1.wav"), loud);
     EXPECT_EQ(std::filesystem::file_size(dir / "port-3.wav"), 44u);
     EXPECT_EQ(qd_read_wav(dir / "port-2.wav"), std::vector<short>(80, 30000));
+}
+
+TEST(FileSpeaker, KeepsOneFileForEachStreamHoweverOftenItsPortsCloseAndSomeFilesAtMost)
+{
+    const QD_Temp_Dir dir;
+    auto now = START;
+    {
+        QD_File_Speaker speaker(dir.path());
+        const auto say = [&](long stream, short value, int beats) {
+            const auto port = std::make_shared<QD_Al_Port>(QD_Al_Port::PLAY, 1600);
+            port->set_stream(stream);
+            speaker.attach(port);
+            port->write(std::vector<short>(80, value));
+            for (int i = 0; i < beats; ++i)
+                speaker.advance(now += 10ms);
+            port->close();
+        };
+        speaker.advance(now);
+        say(7, 1, 3); // and its port is still there when it opens the next
+        say(7, 2, 3);
+        say(8, 3, 3);
+        say(0, 4, 3);
+        say(7, 5, 3);
+        say(0, 6, 3);
+        for (int i = 0; i < 1100; ++i)
+            say(100 + i, 9, 1);
+        say(8, 7, 3);
+    }
+    const auto heard = [&](int port) {
+        const auto all = qd_read_wav(dir / "port-" + std::to_string(port) + ".wav");
+        std::string values;
+        for (size_t i = 0; i < all.size(); i += 80)
+            values += static_cast<char>('0' + all[i]);
+        return values;
+    };
+    EXPECT_EQ(heard(1), "125");
+    EXPECT_EQ(heard(2), "37");
+    EXPECT_EQ(heard(3) + heard(4), "46") << "of no stream";
+    EXPECT_FALSE(std::filesystem::exists(dir / "port-1001.wav"));
+    struct stat about {};
+    EXPECT_EQ(::stat((dir / "mix.wav").c_str(), &about), 0);
+    EXPECT_EQ(about.st_mode & 0777, 0600u) << "what was said is the user's alone";
 }

@@ -15,6 +15,9 @@ struct Scripted_Camera : QD_Camera {
     std::atomic<int> pictures = 1 << 30; // so many more
     std::atomic<bool> blocks = false;    // read() does not return
     std::atomic<int> opened = 0, closed = 0;
+    std::shared_ptr<std::atomic<bool>> destroyed = std::make_shared<std::atomic<bool>>(false);
+
+    ~Scripted_Camera() override { *destroyed = true; }
 
     int open() override
     {
@@ -126,6 +129,8 @@ TEST_F(Capture, AReaderStuckInItsDeviceHoldsNobodyUp)
     capture_.reset();
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("does not end"));
     EXPECT_LT(passed(), 5s);
-    camera_->blocks = false; // it ends on its own now
-    EXPECT_TRUE(qd_wait_for([&] { return camera_->closed == 1; }));
+    const auto destroyed = camera_->destroyed;
+    EXPECT_FALSE(*destroyed);
+    camera_->blocks = false; // it ends on its own now, and takes its camera with it
+    EXPECT_TRUE(qd_wait_for([&] { return destroyed->load(); }));
 }
