@@ -22,7 +22,7 @@ void qd_fuzz(QD_Fuzz_Input input)
         for (std::string payload : {"=", "<?"}) {
             payload.append(told.begin() + 1, told.end());
             const auto* whole = reinterpret_cast<const uint8_t*>(payload.data());
-            for (size_t size = 0; size < payload.size(); ++size)
+            for (size_t size = 0; size < payload.size(); ++size) // cut short it is nothing
                 qd_require(!QD_Member_Record::decode({whole, size}));
             const auto record = QD_Member_Record::decode({whole, payload.size()});
             qd_require(record && record->host == htonl(0x7f000002) && record->id == 7
