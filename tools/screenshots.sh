@@ -62,7 +62,18 @@ shoot_options() {
     xdotool key Escape
 }
 
+# Where members are announced nobody calls, so this is somebody who is not.
 shoot_call() {
+    QD_MIC=silence QD_SPEAKER=null QD_CAMERA=testcard "$build/quendal-conference" run \
+        --unannounced --dir "$raw/call" anna </dev/null >/dev/null &
+    caller=$!
+    wait_until find_window "Quendal: anna" && take_focus && shoot_call_dialog
+    done=$?
+    kill $caller && wait $caller
+    return $done
+}
+
+shoot_call_dialog() {
     # The Call button is the right one of three below the list.
     eval "$(xwininfo -id "$window" | sed -n 's/^ *Width: /w=/p; s/^ *Height: /h=/p')"
     xdotool mousemove --window "$window" $((w * 5 / 6)) $((h * 49 / 100)) click 1 mousemove 1 1
@@ -101,20 +112,19 @@ shoot_all() {
     window=$main
     take_focus && shoot main && shoot_menus || return 1
     shoot_options || echo "no options window in this build"
-    window=$main
-    take_focus
     shoot_call || echo "no call window in this build"
 }
 
 if [ "$1" = --here ]; then
     raw=$2
+    build=$3
     shoot_all
     exit
 fi
 mkdir -p "$2" || exit 1
 raw=$(mktemp -d) || exit 1
 trap 'rm -rf "$raw"' EXIT
-DEMO_HEADLESS=1 DEMO_SECONDS=8 DEMO_COMMAND="'$0' --here '$raw'" "$(dirname "$0")/demo.sh" "$1" || exit 1
+DEMO_HEADLESS=1 DEMO_SECONDS=8 DEMO_COMMAND="'$0' --here '$raw' '$1'" "$(dirname "$0")/demo.sh" "$1" || exit 1
 for picture in "$raw"/*.png; do # few colours make small files
     convert "$picture" -strip -dither None -colors 200 -define png:compression-level=9 \
         "PNG8:$2/${picture##*/}" && echo "$2/${picture##*/}"

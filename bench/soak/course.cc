@@ -75,7 +75,6 @@ void QD_Soak_Course::use_windows(QD_Soak_Member& member, size_t number)
     member.choose_connection(3 - static_cast<int>(number % 4));
     member.switch_camera();
     member.look_at_statistics();
-    member.open_call_dialog();
     member.move_cutoff();
 }
 

@@ -178,7 +178,7 @@ void QD_Soak_Member::switch_camera()
 {
     turn_to_main();
     if (!std::exchange(at_camera_, true))
-        QD_Person::type({"Tab", "Tab", "Tab", "Tab"}); // from the list of users
+        QD_Person::type({"Tab", "Tab", "Tab"}); // from the list of users; Call is grey
     QD_Person::type({"space"});
 }
 
@@ -193,16 +193,6 @@ void QD_Soak_Member::look_at_statistics()
 {
     if (open("ctrl+s", "Statistics"))
         close("Escape", "Statistics");
-}
-
-void QD_Soak_Member::open_call_dialog()
-{
-    turn_to_main();
-    QD_Person::type({"shift+Tab", "space"}); // from Camera
-    if (held(other_->look_at("Call"), "no window Call"))
-        close("Escape", "Call");
-    turn_to_main();
-    QD_Person::type({"Tab"});
 }
 
 void QD_Soak_Member::put_away(const std::string& title)

@@ -32,7 +32,6 @@ public:
     void switch_camera();
     void move_cutoff();
     void look_at_statistics();
-    void open_call_dialog();
 
     /// Makes the window of that title an icon, by the window manager's key, and has it back.
     void put_away(const std::string& title);

@@ -7,11 +7,18 @@
 
 #include <cstdlib>
 #include <thread>
+#include <utility>
 
 MainWindowMainWindow* mainWindow = nullptr;
 XtWorkProcId ctrlWorkProcHandle = 0;
 
 namespace {
+
+// Loops of the toolkit's own call no idle procedure, but timers.
+constexpr unsigned long MISSED_MS = 150; // the idle procedure returns before that
+constexpr unsigned long INSTEAD_MS = 40;
+XtIntervalId instead = 0; // of the next call in place of the idle procedure, 0: none
+bool passing = false;
 
 [[noreturn]] void end_session()
 {
@@ -23,16 +30,49 @@ namespace {
     exit(EXIT_SUCCESS);
 }
 
+void pass(XtPointer client, int wait_ms)
+{
+    if (static_cast<const QD_Termination*>(client)->requested())
+        end_session();
+    if (mainWindow == nullptr || std::exchange(passing, true))
+        return;
+    const int result = mainWindow->handle_events(wait_ms);
+    passing = false;
+    if (result == -1)
+        end_session();
+}
+
+void call_instead(XtPointer client, XtIntervalId* due);
+
+void call_instead_in(unsigned long milliseconds, XtPointer client)
+{
+    if (instead != 0)
+        XtRemoveTimeOut(instead);
+    instead = XtAppAddTimeOut(theApplication->appContext(), milliseconds, call_instead, client);
+}
+
+void call_instead(XtPointer client, XtIntervalId* /*due*/)
+{
+    instead = 0;
+    pass(client, 0);
+    call_instead_in(INSTEAD_MS, client);
+}
+
 }
 
 Boolean ctrlWorkProc(XtPointer client)
 {
-    if (static_cast<const QD_Termination*>(client)->requested())
-        end_session();
-    if (mainWindow == nullptr)
-        return False;
-    const int wait_ms = theApplication->pendingInput() ? 0 : QD_Orvik_Control::WAIT_MS;
-    if (mainWindow->handle_events(wait_ms) == -1)
-        end_session();
+    call_instead_in(MISSED_MS, client);
+    pass(client, theApplication->pendingInput() ? 0 : QD_Orvik_Control::WAIT_MS);
     return False;
+}
+
+void qd_stop_control_loop()
+{
+    if (ctrlWorkProcHandle != 0)
+        XtRemoveWorkProc(ctrlWorkProcHandle);
+    ctrlWorkProcHandle = 0;
+    if (instead != 0)
+        XtRemoveTimeOut(instead);
+    instead = 0;
 }

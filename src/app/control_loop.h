@@ -16,5 +16,10 @@ extern XtWorkProcId ctrlWorkProcHandle;
 /// member stream or a display request, whichever comes first, and handles it;
 /// draws the level meters. At the end of the session it deletes the main window
 /// and ends the process with status 0. `client` is the QD_Termination.
-/// Returns False, so that it stays registered.
+/// Returns False, so that it stays registered. From the first call on it is called
+/// as well, without waiting, when the toolkit runs a loop of its own that leaves idle
+/// procedures out (while it hands a selection over, say).
 Boolean ctrlWorkProc(XtPointer client);
+
+/// Ends both: the idle procedure is removed.
+void qd_stop_control_loop();

@@ -5,6 +5,7 @@
 #include "platform/net/process_end.h"
 #include "platform/vk/app.h"
 #include "platform/vk/wm_hints.h"
+#include "signalling/peer_lines.h"
 
 #include <X11/StringDefs.h>
 #include <Xm/Xm.h>
@@ -65,10 +66,10 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
     displays_(baseWidget())
 {
     qd_add_actions(theApplication->appContext());
-    form_ = std::make_unique<MainForm>("mainForm", mainWindowWidget());
+    form_ = new MainForm("mainForm", mainWindowWidget());
     XtVaSetValues(
         form_->baseWidget(), XtNwidth, MainForm::WIDTH, XtNheight, MainForm::HEIGHT, nullptr);
-    addView(form_.get());
+    addView(std::unique_ptr<VkComponent>(form_));
     form_->setParent(this);
     XtAddCallback(form_->callButton(), XmNactivateCallback, callCallback, this);
     build_menus();
@@ -77,11 +78,15 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
 
     session_ = QD_Session_Control::instance();
     session_->set_display_factory(&displays_);
+    XtSetSensitive(form_->callButton(), session_->call_policy().any());
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
-    session_->setGUI(this, form_.get());
+    session_->setGUI(this, form_);
     reactor_.add_wake(theApplication->connectionNumber());
     reactor_.add_wake(session_->get_wake().get());
     reactor_.add_wake(wake_fd);
+    reactor_.set_poll([](pollfd* polled, nfds_t count, int milliseconds) {
+        return theApplication->poll(polled, count, milliseconds);
+    });
     session_->set_reactor(&reactor_);
     listener_.open(); // without it the conference goes on, only nobody can call
     audio_ = std::make_unique<QD_AudioApp>();
@@ -111,15 +116,13 @@ void MainWindowMainWindow::close_media()
     if (video_)
         video_->close();
     video_.reset();
-    if (ctrlWorkProcHandle != 0)
-        XtRemoveWorkProc(ctrlWorkProcHandle);
-    ctrlWorkProcHandle = 0;
+    qd_stop_control_loop();
     session_->setGUI(nullptr, nullptr);
     session_->set_reactor(nullptr);
     delete call_window_;
     listener_.close();
     reactor_.clear(); // the member streams
-    form_.reset();
+    destroyWidgets();
 }
 
 MainWindowMainWindow::~MainWindowMainWindow()
@@ -150,6 +153,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 {
     const int result = framework_->handle_events(wait_ms);
     reactor_.dispatch();
+    qd_peer_lines().settle();
     session_->clear_failed_invitation();
     form_->applyStartState(session_->get_member(session_->get_local_id()) != nullptr);
     draw_levels();
@@ -159,7 +163,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 void MainWindowMainWindow::draw_levels()
 {
     const QD_Clock::Time now = QD_Clock::real().now();
-    if (now - levels_drawn_ < LEVELS_EVERY)
+    if (now - levels_drawn_ < LEVELS_EVERY || !theApplication->takesMore())
         return;
     levels_drawn_ = now;
     audio_->show_levels();

@@ -70,7 +70,7 @@ private:
 
     Reactor reactor_;
     QD_Listener listener_ {&reactor_};
-    std::unique_ptr<MainForm> form_;
+    MainForm* form_;                              // the view, until close_media()
     CallWindowMainWindow* call_window_ = nullptr; // while there is one
     QD_Display_Windows displays_;                 // outlives the members
     QD_Session_Control* session_;

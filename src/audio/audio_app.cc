@@ -180,6 +180,8 @@ int QD_AudioApp::process_message(rtp_fix_header* hdr, char* data, int len)
     const int slot = play_slot(internal_id);
     if (slot < 0)
         return 0; // a hundred others are being heard already
+    if (repeats_[static_cast<size_t>(slot)].seen(*hdr, QD_Clock::real().now()))
+        return 0;
     switch (hdr->pt) {
     case ADPCM:
         playADPCM(slot, data, len);
@@ -211,8 +213,10 @@ int QD_AudioApp::play_slot(int internal_id)
     const int slot = slots_.use(internal_id, UserData::get_time_stamp(), &fresh);
     if (slot < 0)
         return -1;
-    if (fresh)
+    if (fresh) {
         close_port(slot);
+        repeats_[static_cast<size_t>(slot)] = {};
+    }
     auto& port = ports[static_cast<size_t>(slot)];
     if (!port) {
         port = std::make_unique<QD_AudioPlay>();

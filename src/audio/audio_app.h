@@ -7,6 +7,7 @@
 #include "audio/capture_thread.h"
 #include "audio/gsm_codec.h"
 #include "audio/level_hold.h"
+#include "audio/repeats.h"
 #include "media/application.h"
 #include "media/slot_table.h"
 
@@ -58,7 +59,7 @@ public:
 
     /// Counts and plays a packet. Returns 0; -1 if it is no packet of this
     /// protocol; -2 if its sender is no member. A payload shorter than its codec
-    /// needs is counted and not played. Receive thread.
+    /// needs, and a packet that comes twice, is counted and not played. Receive thread.
     int process_message(rtp_fix_header* hdr, char* data, int len) override;
 
     /// Hands the levels of the frames just captured and played to the main
@@ -82,6 +83,7 @@ private:
     // The receive thread's.
     QD_Slot_Table slots_;
     std::array<std::unique_ptr<QD_AudioPlay>, QD_Slot_Table::SIZE> ports;
+    std::array<QD_Repeats, QD_Slot_Table::SIZE> repeats_;
     QD_Roster_Ptr swept_; // the membership that slots_ was last compared with
 
     // The capture thread's.

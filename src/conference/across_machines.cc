@@ -6,6 +6,7 @@
 #include "conference/member_name.h"
 #include "conference/private_broker.h"
 #include "conference/surroundings.h"
+#include "platform/net/host_address.h"
 #include "platform/net/sock_library.h"
 
 #include <arpa/inet.h>

@@ -1,7 +1,8 @@
 #include "conference/address_claim.h"
 
+#include "platform/net/host_address.h"
+
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cstddef>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -17,28 +18,6 @@ bool media_port_is_free(uint32_t address)
     return fd && ::bind(fd.get(), reinterpret_cast<const sockaddr*>(&wanted), sizeof wanted) == 0;
 }
 
-}
-
-sockaddr_in qd_socket_address(uint32_t address, uint16_t port)
-{
-    sockaddr_in made {};
-    made.sin_family = AF_INET;
-    made.sin_addr.s_addr = htonl(address);
-    made.sin_port = htons(port);
-    return made;
-}
-
-std::string qd_address_text(uint32_t address)
-{
-    char text[INET_ADDRSTRLEN];
-    const in_addr wire {htonl(address)};
-    return ::inet_ntop(AF_INET, &wire, text, sizeof text);
-}
-
-uint32_t qd_address_number(std::string_view text)
-{
-    in_addr wire {};
-    return ::inet_pton(AF_INET, std::string(text).c_str(), &wire) == 1 ? ntohl(wire.s_addr) : 0;
 }
 
 std::string qd_address_trouble(uint32_t address)

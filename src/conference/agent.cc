@@ -1,11 +1,8 @@
 #include "conference/agent.h"
 
-#include "conference/address_claim.h"
-#include "platform/net/fd.h"
+#include "platform/net/host_address.h"
 
-#include <netinet/in.h>
 #include <random>
-#include <sys/socket.h>
 
 namespace {
 
@@ -23,17 +20,6 @@ std::string make_owner(const std::string& user)
     return owner;
 }
 
-}
-
-bool qd_is_reachable(uint32_t own, uint32_t address)
-{
-    // Connecting a datagram socket sends nothing; it fails without a route and
-    // for a broadcast address.
-    const sockaddr_in from = qd_socket_address(own, 0);
-    const sockaddr_in to = qd_socket_address(address, 9);
-    QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    return fd && ::bind(fd.get(), reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0
-        && ::connect(fd.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0;
 }
 
 QD_Agent::QD_Agent(const QD_Broker_Url& url, const Member& member, QD_Conference_Events& events,

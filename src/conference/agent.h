@@ -43,6 +43,3 @@ private:
     QD_Membership membership_;
     bool lost_said_ = false;
 };
-
-/// Whether this machine has a way to send datagrams from `own` to `address` (numbers).
-bool qd_is_reachable(uint32_t own, uint32_t address);

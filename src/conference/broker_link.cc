@@ -1,5 +1,7 @@
 #include "conference/broker_link.h"
 
+#include "conference/shared_key.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -100,8 +102,7 @@ void QD_Broker_Link::open()
 int QD_Broker_Link::prepare_security()
 {
     if (url_.scheme_ == QD_Broker_Url::SHARED_KEY)
-        return mosquitto_tls_psk_set(
-            handle_.get(), url_.password_.c_str(), url_.user_.c_str(), nullptr);
+        return prepare_shared_key();
     if (!url_.user_.empty()) {
         const int error = mosquitto_username_pw_set(handle_.get(), url_.user_.c_str(),
             url_.password_.empty() ? nullptr : url_.password_.c_str());
@@ -114,6 +115,18 @@ int QD_Broker_Link::prepare_security()
         return mosquitto_int_option(handle_.get(), MOSQ_OPT_TLS_USE_OS_CERTS, 1);
     return mosquitto_tls_set(
         handle_.get(), url_.ca_file_.c_str(), nullptr, nullptr, nullptr, nullptr);
+}
+
+/// The library's own way with a key also takes a server that has only a certificate, any one.
+int QD_Broker_Link::prepare_shared_key()
+{
+    const auto tls = qd_shared_key_tls(url_); // the handle holds it from here on
+    if (tls == nullptr)
+        return MOSQ_ERR_TLS;
+    const int error = mosquitto_int_option(handle_.get(), MOSQ_OPT_SSL_CTX_WITH_DEFAULTS, 0);
+    return error != MOSQ_ERR_SUCCESS
+        ? error
+        : mosquitto_void_option(handle_.get(), MOSQ_OPT_SSL_CTX, tls.get());
 }
 
 /// A new handle for every connection: nothing of the former one is sent again.
@@ -184,10 +197,13 @@ void QD_Broker_Link::connect(QD_Clock::Time now)
 
 std::string QD_Broker_Link::describe(int error) const
 {
-    if (log_.find("certificate verify failed") != std::string::npos)
+    const auto logged = [this](const char* text) { return log_.find(text) != std::string::npos; };
+    const bool no_tls = logged("wrong version number") || logged("unexpected eof");
+    if (error == MOSQ_ERR_TLS && !no_tls && url_.scheme_ == QD_Broker_Url::SHARED_KEY)
+        return "it does not have the key that is given here";
+    if (logged("certificate verify failed"))
         return "its certificate is not one that is trusted here";
-    if (log_.find("wrong version number") != std::string::npos
-        || log_.find("unexpected eof") != std::string::npos)
+    if (no_tls)
         return "it does not speak TLS there";
     if (error == MOSQ_ERR_ERRNO)
         return strerror(errno);

@@ -73,6 +73,7 @@ private:
     void connect(QD_Clock::Time now);
     int prepare();
     int prepare_security();
+    int prepare_shared_key();
     void transfer();
     void deliver();
     void connected(int reason);

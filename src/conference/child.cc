@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <string_view>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
@@ -69,7 +70,8 @@ Image::Image(const QD_Launch& launch)
     const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(input, STDIN_FILENO);
     if (!launch.log_.empty()) {
-        const int log = ::open(launch.log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        const int log = ::open(
+            launch.log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
         if (log < 0)
             complain("write", launch.log_.c_str());
         ::dup2(log, STDOUT_FILENO);
@@ -108,6 +110,7 @@ int QD_Child::start(const QD_Launch& launch)
 
     ::setpgid(pid, pid); // on both sides, so that neither has to wait for the other
     pid_ = pid;
+    log_ = launch.log_;
     pidfd_.reset(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))); // is close-on-exec
     if (pidfd_)
         return 0;
@@ -121,6 +124,14 @@ void QD_Child::signal(int number) const
 {
     if (runs()) // not waited for yet, so that the number is still its own
         ::kill(-pid_, number);
+}
+
+void QD_Child::bound_log() const
+{
+    struct stat log {};
+    if (!log_.empty() && ::stat(log_.c_str(), &log) == 0 && S_ISREG(log.st_mode)
+        && log.st_size > MAX_LOG) [[maybe_unused]]
+        const int ignored = ::truncate(log_.c_str(), 0);
 }
 
 bool QD_Child::take_end()

@@ -3,6 +3,7 @@
 
 #include "platform/net/fd.h"
 
+#include <cstdint>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -22,6 +23,9 @@ struct QD_Launch {
 class QD_Child {
 public:
     QD_Child() = default;
+    /// A log may be as long as that.
+    static constexpr int64_t MAX_LOG = 16 << 20;
+
     /// Kills it if it still runs, with what it has started.
     ~QD_Child();
     QD_Child(const QD_Child&) = delete;
@@ -39,6 +43,9 @@ public:
     /// Sends a signal to it and to what it has started itself, if it runs.
     void signal(int number) const;
 
+    /// Empties a log that is longer than MAX_LOG; what is written next begins it.
+    void bound_log() const;
+
     /// Whether the process has ended since it was started. Never waits.
     bool take_end();
 
@@ -52,5 +59,6 @@ private:
 
     pid_t pid_ = 0;
     QD_Fd pidfd_;
+    std::string log_;
     int status_ = 0; // as wait(2) gives it
 };

@@ -219,6 +219,7 @@ void QD_Client::check_registration()
 
 void QD_Client::send_probe(QD_Clock::Time now)
 {
+    child_.bound_log();
     // Clients read a payload by its first byte; this one must mean nothing to them.
     static const std::string greeting = "echo ";
     std::random_device random;

@@ -18,6 +18,10 @@ struct QD_Bounds {
     std::chrono::milliseconds insist_ {2000};       // from SIGTERM to SIGKILL
 };
 
+/// What the environment of a client says who is told of its members: calls
+/// would number them in another way, and strangers have no business with it.
+constexpr const char* QD_NO_CALLS = "QD_CALLS=none";
+
 /// Starts `quendal`, takes the connection of this very process and no other,
 /// checks its registration, probes it with echo events, and ends it with '>',
 /// then SIGTERM, then SIGKILL. Nothing here waits: whoever owns it polls what

@@ -77,7 +77,8 @@ Environment, passed on to the clients:
   QD_CAMERA            camera: v4l2:DEVICE, file:CLIP, screen[:DISPLAY], testcard
   QD_LOCAL_ADDRESS     join, host: this member's address, if it is not to be the
                        machine's own
-  HOME and QD_LOCAL_ADDRESS are set for each client on one machine; the demo sets
+  HOME and QD_LOCAL_ADDRESS are set for each client on one machine, QD_CALLS=none
+  for all that are told of members (only the others can call); the demo sets
   QD_MIC and QD_SPEAKER, and QD_CAMERA unless you do.
   QD_BROKER_PASSWORD is the password of join and is not passed on.
 

@@ -2,6 +2,7 @@
 
 #include "conference/address_claim.h"
 #include "conference/member_name.h"
+#include "platform/net/host_address.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -105,6 +106,8 @@ QD_Launch QD_Conference::launch_of(const Member& member, const QD_Member_Plan& p
     launch.environment_ = plan.environment_;
     launch.environment_.push_back("QD_LOCAL_ADDRESS=" + qd_address_text(member.address_));
     launch.environment_.push_back("HOME=" + launch.directory_);
+    if (setup_.announced_)
+        launch.environment_.emplace_back(QD_NO_CALLS);
     keep_access(launch.environment_);
     return launch;
 }

@@ -1,7 +1,7 @@
 #include "conference/host_lookup.h"
 
-#include "conference/address_claim.h"
 #include "platform/net/create_thread.h"
+#include "platform/net/host_address.h"
 
 #include <netdb.h>
 #include <sys/socket.h>

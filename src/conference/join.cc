@@ -61,6 +61,7 @@ void QD_Join::admitted(const QD_Presence& /*self*/)
     launch.arguments_ = setup_.options_;
     launch.directory_ = setup_.directory_;
     launch.log_ = setup_.directory_ + "/log.txt";
+    launch.environment_ = {QD_NO_CALLS};
     started_ = client_.start(launch) == 0;
     if (!started_) {
         trouble_ = true;

@@ -1,6 +1,6 @@
 #include "conference/membership.h"
 
-#include "conference/address_claim.h"
+#include "platform/net/host_address.h"
 
 #include <algorithm>
 
@@ -276,7 +276,7 @@ std::string QD_Membership::obstacle(const std::string& owner, const Peer& peer, 
         return address + " is the address of another member";
     if (id_taken)
         return "it has the id of another member";
-    if (is_loopback(record.address_) != is_loopback(self_.address_)
+    if (!qd_on_one_side(record.address_, self_.address_)
         || !surroundings_.reachable_(record.address_))
         return address + " cannot be reached from here";
     if (announced >= MAX_MEMBERS)

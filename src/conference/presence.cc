@@ -1,7 +1,7 @@
 #include "conference/presence.h"
 
-#include "conference/address_claim.h"
 #include "conference/member_name.h"
+#include "platform/net/host_address.h"
 
 #include <array>
 #include <charconv>
@@ -66,12 +66,3 @@ std::string QD_Presence::decode(std::string_view line)
 }
 
 std::string QD_Presence::label() const { return name_ + "@" + qd_address_text(address_); }
-
-std::string qd_host_trouble(uint32_t address)
-{
-    const bool multicast_or_beyond = address >> 28 >= 14; // with the broadcast address
-    const bool ends_of_loopback = address == 0x7f000000 || address == 0x7fffffff;
-    if (address >> 24 == 0 || multicast_or_beyond || ends_of_loopback)
-        return qd_address_text(address) + " is not the address of one member";
-    return "";
-}

@@ -37,7 +37,3 @@ struct QD_Presence {
     /// "anna@10.0.0.5"
     std::string label() const;
 };
-
-/// Why `address` (as a number) cannot be one member's own, whatever the
-/// network; "" if it can.
-std::string qd_host_trouble(uint32_t address);

@@ -1,9 +1,9 @@
 #include "conference/private_broker.h"
 
-#include "conference/address_claim.h"
 #include "conference/broker_link.h"
 #include "platform/net/clock.h"
 #include "platform/net/fd.h"
+#include "platform/net/host_address.h"
 
 #include <algorithm>
 #include <cerrno>

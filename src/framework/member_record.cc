@@ -10,7 +10,7 @@ std::optional<QD_Member_Record> QD_Member_Record::decode(std::span<const uint8_t
         return std::nullopt;
     QD_Member_Record record;
     record.command = static_cast<Command>(payload[0]);
-    size_t start = 1;
+    size_t start = 1; // of the address
     switch (record.command) {
     case END:
         return record;
@@ -24,15 +24,17 @@ std::optional<QD_Member_Record> QD_Member_Record::decode(std::span<const uint8_t
         return std::nullopt;
     }
 
-    constexpr size_t fixed = 9; // address, id, length of the name
-    if (payload.size() < start + fixed)
+    auto rest = payload.subspan(start);
+    constexpr size_t ADDRESS_AND_ID = 8;
+    if (rest.size() < ADDRESS_AND_ID)
         return std::nullopt;
-    const uint8_t* at = &payload[start];
-    const size_t length = at[8];
-    if (payload.size() - start - fixed < length)
+    record.host = htonl(qd_get_u32(&rest[0]));
+    record.id = static_cast<int32_t>(qd_get_u32(&rest[4]));
+    if (record.command == REMOVE)
+        return record; // who goes has no use for a name
+    rest = rest.subspan(ADDRESS_AND_ID);
+    if (rest.empty() || rest.size() - 1 < rest[0])
         return std::nullopt;
-    record.host = htonl(qd_get_u32(at));
-    record.id = static_cast<int32_t>(qd_get_u32(at + 4));
-    record.name.assign(reinterpret_cast<const char*>(at + fixed), length);
+    record.name.assign(reinterpret_cast<const char*>(rest.data()) + 1, rest[0]);
     return record;
 }

@@ -15,9 +15,10 @@ struct QD_Member_Record {
     Command command = END;
     uint32_t host = 0; // network byte order
     int32_t id = 0;
-    std::string name; // up to 255 bytes, of any value
+    std::string name; // up to 255 bytes, of any value; not read for REMOVE
 
     /// Reads a payload. Nothing if it is empty, has another command, or is
-    /// shorter than it says; what follows the record is ignored.
+    /// shorter than it says; what follows the record is ignored, as is all
+    /// behind the id for REMOVE.
     static std::optional<QD_Member_Record> decode(std::span<const uint8_t> payload);
 };

@@ -69,6 +69,8 @@ int QD_Application::send_data(int type, const char* data, int len)
     const int sock = data_sock_;
     if (sock < 0)
         return -1;
+    if (neighbours_.any_missing())
+        neighbours_.refresh(); // they may have come back
     choose_destinations(*roster);
     const int result = send_to_others(sock);
     const QD_Clock::Time now = QD_Clock::real().now();

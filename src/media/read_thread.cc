@@ -47,7 +47,6 @@ int QD_AppReadThread::run()
     return 0;
 }
 
-// Takes what is there, a batch at the most. Returns 0, -1 if receiving failed.
 int QD_AppReadThread::receive(int sock)
 {
     const int count = ::recvmmsg(sock, buffers_->messages, BATCH, MSG_DONTWAIT, nullptr);

@@ -21,6 +21,10 @@ public:
     explicit QD_AppReadThread(QD_Application* app);
     ~QD_AppReadThread() override;
 
+    /// Hands over the datagrams that are there, BATCH at the most. Returns 0, -1
+    /// if receiving failed. The receive thread; without one, any single thread.
+    int receive(int sock);
+
 protected:
     /// Returns 0 when stopped, -1 when receiving failed.
     int run() override;
@@ -28,7 +32,6 @@ protected:
 private:
     struct Buffers;
 
-    int receive(int sock);
     void hand_over(char* datagram, int length, const QD_Roster& roster);
 
     QD_Application* const app_;

@@ -3,8 +3,8 @@
 
 #include "platform/net/reactor.h"
 #include "platform/net/sock_stream.h"
+#include "signalling/peer_lines.h"
 
-#include <cstdio>
 #include <netinet/in.h>
 #include <span>
 #include <vector>
@@ -50,12 +50,12 @@ void Connector<HANDLER, CONNECTOR>::connect(std::span<Order> orders, int millise
     connector_.connect(calls, milliseconds);
     for (size_t i = 0; i < calls.size(); ++i) {
         if (!calls[i].connected) {
-            printf("Connector::connect\n");
+            qd_peer_lines().print(orders[i].to.sin_addr.s_addr, "Connector::connect\n");
             continue;
         }
         orders[i].result = orders[i].handler->open(reactor_);
         if (orders[i].result == -1)
-            printf("Connector: connect\n");
+            qd_peer_lines().print(orders[i].to.sin_addr.s_addr, "Connector: connect\n");
     }
 }
 

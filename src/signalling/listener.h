@@ -3,28 +3,28 @@
 
 #include "platform/net/fd.h"
 #include "platform/net/reactor.h"
+#include "signalling/places.h"
 
-#include <cstdint>
-#include <map>
 #include <memory>
 
 /// Accepts streams and has each served by a handler of its own, which the
 /// reactor adopts. User-interface thread.
 class QD_Listener : public Event_Handler {
 public:
-    /// Streams beyond these, in all and from one host, are closed at once.
-    static constexpr int MAX_STREAMS = 128;
-    static constexpr int MAX_PER_HOST = 16;
     static constexpr int ACCEPTS_PER_EVENT = 32;
+    /// How long the door stays shut when the system cannot let anybody in.
+    static constexpr std::chrono::milliseconds PAUSE {200};
 
     /// The reactor is not owned and outlives the listener.
-    explicit QD_Listener(Reactor* reactor) : reactor_(reactor) {}
+    explicit QD_Listener(Reactor* reactor);
     ~QD_Listener() override { close(); }
     QD_Listener(const QD_Listener&) = delete;
     QD_Listener& operator=(const QD_Listener&) = delete;
 
-    /// Listens at this program's address. Returns 0, or -1 with a line on
-    /// standard error; then nothing arrives.
+    /// Listens at this program's address, for those whom the session's policy
+    /// admits: the streams of others are closed at once. Returns 0, also when
+    /// there are no calls and nothing listens, or -1 with a line on standard
+    /// error; then nothing arrives.
     int open();
 
     /// Streams already accepted stay.
@@ -34,14 +34,15 @@ public:
     int get_handle() override { return fd_.get(); }
 
 private:
-    /// How many streams there are from each host; outlives the listener with the streams.
-    using Guests = std::map<uint32_t, int>;
-
+    class Pause;
     bool accept_one();
-    std::shared_ptr<void> take_place(uint32_t host);
+    int send_away();
+    void serve(QD_Fd fd, uint32_t host);
+    void pause();
 
     Reactor* const reactor_;
     QD_Fd fd_;
     QD_Fd spare_; // given up for a moment when there is no other descriptor
-    std::shared_ptr<Guests> guests_ = std::make_shared<Guests>();
+    QD_Places places_;
+    std::shared_ptr<QD_Listener*> self_; // what a pause comes back to, while it is open
 };

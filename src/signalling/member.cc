@@ -42,6 +42,7 @@ void QD_Member::copy_identity(const QD_Member& other)
     stream_ = other.stream_;
     display_on_ = other.display_on_;
     internal_id_ = other.internal_id_;
+    origin_ = other.origin_;
     memcpy(string_, other.string_, sizeof string_);
     factory_ = other.factory_;
     wake_ = other.wake_;

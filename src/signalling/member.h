@@ -53,6 +53,12 @@ public:
     int get_internal_id() const { return internal_id_; }
     void set_internal_id(int id) { internal_id_ = id; }
 
+    /// Who has brought the member in, the one of least weight first: see
+    /// QD_Session_Control::new_member and calls.
+    enum Origin { BY_STREAM, BY_CALL, BY_FRAMEWORK };
+    Origin get_origin() const { return origin_; }
+    void set_origin(Origin origin) { origin_ = origin; }
+
     /// Null until the first packet of that medium.
     const UserData* get_audio_data() const { return audio_data_.get(); }
     const UserData* get_video_data() const { return video_data_.get(); }
@@ -123,6 +129,7 @@ private:
     char name_[NAME_SIZE] = "";
     uint32_t host_ = 0;
     int32_t internal_id_ = 0;
+    Origin origin_ = BY_FRAMEWORK;
     std::unique_ptr<UserData> audio_data_;
     std::unique_ptr<UserData> video_data_;
     SOCK_Stream* stream_ = nullptr;

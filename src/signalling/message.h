@@ -2,8 +2,7 @@
 #pragma once
 
 #include "platform/net/trace.h"
-
-#include <cstdio>
+#include "signalling/peer_lines.h"
 
 /// What is received or sent whole. The body belongs to the message until
 /// destroy(); the destructor leaves it to whoever has taken the pointer.
@@ -49,9 +48,9 @@ protected:
     char* body_ = nullptr;
 
 private:
-    static int failed()
+    static int failed(const STREAM* stream)
     {
-        printf("Message::recv\n");
+        qd_peer_lines().print(stream->get_peer_host(), "Message::recv\n");
         return -1;
     }
 };
@@ -61,19 +60,19 @@ template <class HEADER, class STREAM> int Message<HEADER, STREAM>::recv(STREAM* 
     no_print("Message::recv\n");
     const int got = header_.recv(stream);
     if (got <= 0)
-        return got == 0 ? 0 : failed();
+        return got == 0 ? 0 : failed(stream);
 
     const int size = header_.get_size();
     no_print("Message::recv, body size = %d\n", size);
     if (size <= 0)
         return 1;
     if (size > MAX_BODY)
-        return failed();
+        return failed(stream);
     destroy();
     body_ = new char[static_cast<size_t>(size)];
     const int body = stream->recv_n(body_, size);
     if (body <= 0)
-        return body == 0 ? 0 : failed();
+        return body == 0 ? 0 : failed(stream);
     return 1;
 }
 
@@ -82,7 +81,7 @@ template <class HEADER, class STREAM> int Message<HEADER, STREAM>::send(STREAM* 
     const int size = header_.get_size();
     if (header_.send(stream) == -1
         || (size > 0 && (body_ == nullptr || stream->send_n(body_, size) == -1))) {
-        printf("Message::send\n");
+        qd_peer_lines().print(stream->get_peer_host(), "Message::send\n");
         return -1;
     }
     return 0;

@@ -3,10 +3,10 @@
 #include "platform/net/bytes.h"
 #include "platform/net/sock_library.h"
 #include "platform/net/trace.h"
+#include "signalling/peer_lines.h"
 #include "signalling/session_control.h"
 
 #include <arpa/inet.h>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -54,7 +54,7 @@ int QD_Msg_Header::recv(SOCK_Stream* stream)
     no_print("QD_Msg_Header::recv\n");
     const int got = stream->recv_n(buffer_.data(), static_cast<int>(buffer_.size()));
     if (got == -1)
-        printf("QD_Msg_Header::recv\n");
+        qd_peer_lines().print(stream->get_peer_host(), "QD_Msg_Header::recv\n");
     if (got <= 0)
         return got;
 
@@ -65,7 +65,8 @@ int QD_Msg_Header::recv(SOCK_Stream* stream)
     size_ = announced_size(buffer_);
     char host[SOCK_Library::NAME_SIZE];
     SOCK_Library::getdotted(sender_.host, host);
-    printf("QD_Msg_Header: received message of type %d from %s, size %d\n", tag_, host, size_);
+    qd_peer_lines().print(stream->get_peer_host(),
+        "QD_Msg_Header: received message of type %d from %s, size %d\n", tag_, host, size_);
     return 1;
 }
 

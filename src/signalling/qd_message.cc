@@ -1,9 +1,8 @@
 #include "signalling/qd_message.h"
 
 #include "platform/net/sock_library.h"
+#include "signalling/peer_lines.h"
 #include "signalling/session_control.h"
-
-#include <cstdio>
 
 int QD_Message::execute()
 {
@@ -12,7 +11,9 @@ int QD_Message::execute()
     header_.get_sender(&sender);
     char host[SOCK_Library::NAME_SIZE];
     SOCK_Library::getdotted(sender.host, host);
-    printf("QD_Message: received message of type %d from %s\n", header_.get_tag(), host);
+    const uint32_t from = stream_ != nullptr ? stream_->get_peer_host() : 0;
+    qd_peer_lines().print(
+        from, "QD_Message: received message of type %d from %s\n", header_.get_tag(), host);
     dispatch(session.get(), sender);
     return 0;
 }
@@ -27,26 +28,31 @@ void QD_Message::dispatch(QD_Session_Control* session, const _participant& sende
     switch (header_.get_tag()) {
     case ACCEPT:
         no_print("QD_Message::execute: invitation accepted\n");
-        session->accepted(sender.user, sender.host);
+        if (session->has_called(stream_))
+            session->accepted(sender.user, sender.host);
         break;
     case LEAVE:
-        if (session->delete_member(sender.handle) < 0)
+        if (!session->speaks_for(stream_, sender.handle)
+            || session->delete_member(sender.handle) < 0)
             no_print("QD_Message::execute: unknown member\n");
         break;
     case REJECT:
-        session->rejected(sender.user, sender.host);
+        if (session->has_called(stream_))
+            session->rejected(sender.user, sender.host);
         break;
     case NEW_MEMBER:
         session->new_member(new_member());
         break;
     case CONFIRM:
-        session->confirmed(body_, size);
+        if (session->is_called_by(stream_))
+            session->confirmed(body_, size);
         break;
     case APP_MESSAGE:
         session->app_message(sender.handle, body_, size);
         break;
     case CONNECT:
-        session->connect(sender.handle, stream_);
+        if (session->speaks_for(stream_, sender.handle))
+            session->connect(sender.handle, stream_);
         break;
     case INVITE:
         if (QD_Participant_List::decode({body, static_cast<size_t>(size)}))

@@ -28,7 +28,8 @@ public:
     explicit QD_Message(const QD_Msg_Header& header) : Message(header) {}
 
     /// Hands a received message to the session controller, which keeps nothing
-    /// of the body; one whose body is too short for its tag is dropped. Returns 0.
+    /// of the body; one whose body is too short for its tag is dropped, and one
+    /// whose stream has no say in what it asks for. Returns 0.
     int execute() override;
 
 private:

@@ -1,6 +1,7 @@
 // The session controller's part in calls: invitations, answers and what members
 // tell one another.
 #include "platform/net/sock_library.h"
+#include "platform/net/utf8.h"
 #include "signalling/app_record.h"
 #include "signalling/qd_message.h"
 #include "signalling/session_control.h"
@@ -17,6 +18,9 @@ std::string string_of(const QD_Member& member)
     member.get_string(text);
     return text;
 }
+
+// The same for a terminal: names come from other hosts.
+std::string printable(const QD_Member& member) { return qd_printable(string_of(member)); }
 
 QD_Message make_message(unsigned char tag)
 {
@@ -61,6 +65,8 @@ void QD_Session_Control::send(QD_Member* to, unsigned char tag)
 
 int QD_Session_Control::invite(const char* user_name, const char* host_name)
 {
+    if (!call_policy_.any())
+        return -1;
     const QD_Clock& clock = QD_Clock::real();
     const auto end = clock.now() + std::chrono::milliseconds(SOCK_Connector::CONNECT_MS);
     if (status_ == INVITED || new_member_)
@@ -92,8 +98,8 @@ void QD_Session_Control::start_conference()
 {
     QD_Member me(options_.local_name, SOCK_Library::getlocalhostid());
     me.set_id(0);
-    admit(&me, true);
-    list_user(string_of(me));
+    if (admit(&me, QD_Member::BY_CALL, true)) // else the framework has named us
+        list_user(string_of(me));
     last_id_ = 0;
     status_ = IN_SESSION;
 }
@@ -107,7 +113,7 @@ void QD_Session_Control::clear_failed_invitation()
 void QD_Session_Control::invited(QD_Member* m)
 {
     std::unique_ptr<QD_Member> inviting(m);
-    if (status_ != IDLE) {
+    if (!may_invite(*m)) {
         send(m, QD_Message::REJECT);
         return;
     }
@@ -149,8 +155,17 @@ int QD_Session_Control::accepted(const char* name, uint32_t /*host*/)
         return -1;
     no_print("QD_Session_Control::accepted\n");
     const std::unique_ptr<QD_Member> member = std::move(new_member_);
-    member->set_id(++last_id_);
     member->set_name(name);
+    if (const std::string why = place_trouble(*member); !why.empty()) {
+        printf(
+            "QD_Session_Control: %s is not let in: %s\n", printable(*member).c_str(), why.c_str());
+        member->close(); // which shows that we have left
+        return -1;
+    }
+    do
+        ++last_id_;
+    while (is_of_framework(last_id_));
+    member->set_id(last_id_);
 
     // Told before the newcomer is among them: nobody is told of themselves.
     _participant newcomer;
@@ -160,7 +175,7 @@ int QD_Session_Control::accepted(const char* name, uint32_t /*host*/)
     send_to_all(&announcement);
     announcement.destroy();
 
-    admit(member.get());
+    admit(member.get(), QD_Member::BY_CALL);
     QD_Message confirmation = make_message(QD_Message::CONFIRM);
     fill_participants(&confirmation);
     member->send_msg(&confirmation);
@@ -168,6 +183,16 @@ int QD_Session_Control::accepted(const char* name, uint32_t /*host*/)
     set_status(string_of(*member) + " accepted invitation");
     list_user(string_of(*member));
     return 0;
+}
+
+std::string QD_Session_Control::place_trouble(const QD_Member& newcomer)
+{
+    if (members_.size() >= QD_Participant_List::MAX_MEMBERS)
+        return "the conference has " + std::to_string(members_.size()) + " members";
+    for (const auto& [id, member] : members_)
+        if (member.get_host() == newcomer.get_host() && is_of_framework(id))
+            return "it is there already";
+    return "";
 }
 
 int QD_Session_Control::rejected(const char* /*name*/, uint32_t /*host*/)
@@ -185,32 +210,34 @@ int QD_Session_Control::confirmed(const char* body, int size)
     const auto list = QD_Participant_List::decode(bytes_of(body, size));
     if (status_ != ACCEPTED || !list || list->members.empty())
         return -1;
-    local_id_ = list->members.back().handle; // the newcomer is the last one
+    const int own_id = list->members.back().handle; // the newcomer is the last one
     const uint32_t inviting_host = inviting_member_->get_host();
     no_print("Session confirmed, %d members, local id %d, inviting id %d\n",
-        static_cast<int>(list->members.size()), local_id_.load(), inviting_member_->get_id());
+        static_cast<int>(list->members.size()), own_id, inviting_member_->get_id());
 
+    const std::vector<_participant> listed = admissible(list->members);
     std::vector<std::unique_ptr<QD_Member>> members; // null for the inviting one
     std::vector<QD_Member*> others;
-    for (const _participant& one : list->members) {
+    for (const _participant& one : listed) {
         members.push_back(nullptr);
         if (one.host == inviting_host)
             continue;
         members.back() = std::make_unique<QD_Member>(nullptr, one.handle, one.user, one.host);
-        if (one.handle != local_id_)
+        if (one.handle != own_id)
             others.push_back(members.back().get());
     }
     dial_(others, reactor_, SOCK_Connector::CONNECT_MS);
 
     for (size_t i = 0; i < members.size(); ++i) {
         QD_Member* const member = members[i] ? members[i].get() : inviting_member_.get();
-        member->set_id(list->members[i].handle);
+        member->set_id(listed[i].handle);
         member->fix_string();
-        if (members[i] && member->get_id() != local_id_) {
+        const bool local = member->get_id() == own_id;
+        if (members[i] && !local) {
             send(member, QD_Message::CONNECT);
-            printf("Connect: %s, id=%d\n", string_of(*member).c_str(), member->get_id());
+            printf("Connect: %s, id=%d\n", printable(*member).c_str(), member->get_id());
         }
-        admit(member);
+        admit(member, QD_Member::BY_CALL, local);
         list_user(string_of(*member));
     }
     status_ = IN_SESSION;
@@ -242,15 +269,17 @@ int QD_Session_Control::connection_closed(SOCK_Stream* s)
         }
         publish_roster();
         set_status("User left");
-        if (form_ != nullptr)
+        if (form_ != nullptr) {
             form_->delUserFromList(text.c_str());
+            stat_view()->delFromUsersList(text.c_str()); // if a stream has announced it
+        }
         return 0;
     }
-    if (inviting_member_ && inviting_member_->get_stream() == s) {
+    if (is_called_by(s)) {
         inviting_user_left();
         return 0;
     }
-    if (new_member_ && new_member_->get_stream() == s) {
+    if (has_called(s)) {
         invited_user_left();
         return 0;
     }
@@ -286,19 +315,25 @@ void QD_Session_Control::stream_gone(SOCK_Stream* s)
 // One stream may have come to stand for several members and for an invitation.
 void QD_Session_Control::forget_stream(const SOCK_Stream* s)
 {
+    std::vector<int> leaving;
     for (auto& [id, member] : members_)
-        if (member.get_stream() == s)
+        if (member.get_stream() == s) {
             member.set_stream(nullptr);
-    if (inviting_member_ && inviting_member_->get_stream() == s)
+            if (member.get_origin() == QD_Member::BY_STREAM)
+                leaving.push_back(id);
+        }
+    for (int id : leaving)
+        send_away(id);
+    if (is_called_by(s))
         inviting_user_left();
-    if (new_member_ && new_member_->get_stream() == s)
+    if (has_called(s))
         invited_user_left();
 }
 
 void QD_Session_Control::send_to_all(QD_Message* msg)
 {
     for (auto& [id, member] : members_) {
-        printf("%s, id=%d\n", string_of(member).c_str(), id);
+        printf("%s, id=%d\n", printable(member).c_str(), id);
         if (id != local_id_)
             member.send_msg(msg);
     }
@@ -309,7 +344,8 @@ void QD_Session_Control::fill_participants(QD_Message* msg)
     QD_Participant_List list;
     list.sender_id = local_id_;
     for (const auto& [id, member] : members_)
-        member.get_participant(&list.members.emplace_back());
+        if (list.members.size() < QD_Participant_List::MAX_MEMBERS)
+            member.get_participant(&list.members.emplace_back());
     set_body(msg, list);
 }
 

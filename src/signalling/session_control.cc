@@ -2,6 +2,7 @@
 
 #include "platform/net/process_end.h"
 #include "platform/net/sock_library.h"
+#include "platform/net/utf8.h"
 #include "signalling/connector.h"
 #include "signalling/options_file.h"
 
@@ -103,9 +104,13 @@ QD_Stat_View* QD_Session_Control::stat_view() const
 }
 
 // Every way into the map ends here: the copy there is numbered, keeps its
-// string, can be shown, and is in the roster.
-void QD_Session_Control::admit(QD_Member* m, bool local)
+// string, can be shown, and is in the roster. Returns whether there is a place.
+bool QD_Session_Control::admit(QD_Member* m, QD_Member::Origin origin, bool local)
 {
+    if (!has_place(m->get_id(), m->get_host(), origin))
+        return false;
+    make_place(m->get_id(), m->get_host());
+    m->set_origin(origin);
     m->fix_string();
     m->set_display(factory_, &wake_);
     m->set_internal_id(++internal_id_);
@@ -116,20 +121,31 @@ void QD_Session_Control::admit(QD_Member* m, bool local)
             local_id_ = m->get_id();
     }
     publish_roster();
+    return true;
 }
 
 int QD_Session_Control::new_member(QD_Member* m)
 {
     const std::unique_ptr<QD_Member> owned(m);
-    if (m == nullptr || (m->get_stream() != nullptr && announced_ >= MAX_ANNOUNCED))
+    const bool by_stream = m != nullptr && m->get_stream() != nullptr;
+    if (m == nullptr || (by_stream && !may_announce(*m)))
         return -1;
-    if (m->get_stream() != nullptr)
-        ++announced_;
-    admit(m, m->get_host() == SOCK_Library::getlocalhostid());
+    auto origin = by_stream ? QD_Member::BY_STREAM : QD_Member::BY_FRAMEWORK;
+    std::string renewed; // its line in the statistics is not to be there twice
+    if (const QD_Member* known = get_member(m->get_id()); by_stream && known != nullptr) {
+        char text[QD_Member::STRING_SIZE];
+        known->get_string(text);
+        origin = known->get_origin();
+        renewed = text;
+    }
+    if (!admit(m, origin, m->get_host() == SOCK_Library::getlocalhostid()))
+        return -1;
     if (form_ != nullptr) {
         char text[QD_Member::STRING_SIZE];
         m->get_string(text);
         form_->setStatus("New user joined");
+        if (!renewed.empty())
+            stat_view()->delFromUsersList(renewed.c_str());
         stat_view()->addToUsersList(text);
     }
     fflush(stdout);
@@ -249,7 +265,8 @@ void QD_Session_Control::print_status()
     for (const auto& [id, member] : members_) {
         char text[QD_Member::STRING_SIZE];
         member.get_string(text);
-        printf("Member: id %d, %s, internal id %d\n", id, text, member.get_internal_id());
+        printf("Member: id %d, %s, internal id %d\n", id, qd_printable(text).c_str(),
+            member.get_internal_id());
     }
     fflush(stdout);
 }
@@ -260,8 +277,9 @@ void QD_Session_Control::print_statistics()
         char text[QD_Member::STRING_SIZE];
         member.get_string(text);
         const auto print = [&, id = id](const char* medium, const UserData* figures) {
-            printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d", medium, text,
-                id, figures->frames_received, figures->frames_lost, figures->frames_late);
+            printf("QD_Session_Control: %s %s, id=%d: received %d, lost %d, late %d", medium,
+                qd_printable(text).c_str(), id, figures->frames_received, figures->frames_lost,
+                figures->frames_late);
         };
         const Snapshot audio(this, member, &QD_Member::get_audio_data);
         const Snapshot video(this, member, &QD_Member::get_video_data);

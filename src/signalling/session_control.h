@@ -5,6 +5,7 @@
 #include "platform/net/reactor.h"
 #include "platform/net/semaphore.h"
 #include "platform/net/wake.h"
+#include "signalling/call_policy.h"
 #include "signalling/member.h"
 #include "signalling/options.h"
 #include "signalling/roster.h"
@@ -17,6 +18,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 /// A counted singleton: every use stands between instance() and destroy(), and
 /// the last destroy() saves the options and deletes it.
@@ -32,8 +34,7 @@ public:
     /// The local member's id before it is known.
     static constexpr int NO_LOCAL_ID = 255;
 
-    /// Members that streams may announce: each adds a line to a list, and
-    /// nobody but the peers says how often they do so.
+    /// Members there at a time that streams have announced.
     static constexpr int MAX_ANNOUNCED = 1000;
 
     /// The instance, made at the first call. Any thread.
@@ -86,8 +87,9 @@ public:
 
     /// Takes a member in, in place of one with its id, numbers the joining and
     /// lists it in the statistics. A member at this machine's address is the
-    /// local one. Deletes m; -1 if that is null, or has come by a stream after
-    /// MAX_ANNOUNCED others. Never with the lock held.
+    /// local one. One without a stream is the framework's: others at its address
+    /// leave, and streams have no say about it. Deletes m; -1 if that is null,
+    /// or has a stream that may not announce it. Never with the lock held.
     int new_member(QD_Member* m);
 
     /// Removes a member and its window. 0, or -1 if there is none with that id.
@@ -97,10 +99,13 @@ public:
     /// Lets every member serve one pending request.
     void handle_member_events();
 
+    /// Who may call us, and whether we call others: as the environment said at the start.
+    const QD_Call_Policy& call_policy() const { return call_policy_; }
+
     /// Calls a host, by name or dotted address, into the conference; begins one
     /// if there is none. Holds the caller for a second at most. Returns 0, also
     /// when an invitation is unanswered and nothing was done; -1 if the host
-    /// cannot be reached.
+    /// cannot be reached, or there are no calls.
     int invite(const char* user_name, const char* host_name);
 
     /// Forgets an invitation whose stream could not be opened, so that the next
@@ -119,6 +124,14 @@ public:
     /// or -1 if that is fewer than none or more than a message holds.
     int send_to_app(int app, int kind, const char* data, int len);
 
+    /// Whether the stream serves a member or a call; the one that we have called
+    /// on, or been called on; one that may say what becomes of a member: its own
+    /// or one from its host, for a member that is neither the framework's nor us.
+    bool uses(const SOCK_Stream* s) const;
+    bool has_called(const SOCK_Stream* s) const;
+    bool is_called_by(const SOCK_Stream* s) const;
+    bool speaks_for(const SOCK_Stream* s, int id);
+
     /// What messages from other members ask for; see QD_Message. They return 0,
     /// or -1 with nothing changed. `m` is taken over, bodies are not kept.
     void invited(QD_Member* m);
@@ -132,14 +145,15 @@ public:
     /// nobody uses it.
     int connection_closed(SOCK_Stream* s);
 
-    /// The stream is about to be destroyed: nobody keeps it. Does nothing if
-    /// there is no instance.
+    /// The stream is about to be destroyed: nobody keeps it, and the members
+    /// that it alone has announced leave. Does nothing if there is no instance.
     static void stream_gone(SOCK_Stream* s);
 
     /// Prints a line for every member and sends the message to all but the local one.
     void send_to_all(QD_Message* msg);
 
-    /// Gives the message the list of all members as its body.
+    /// Gives the message the list of all members as its body, of no more than
+    /// others take.
     void fill_participants(QD_Message* msg);
 
     /// Opens streams to members, as qd_connect_members does, which is the default.
@@ -163,7 +177,15 @@ private:
     ~QD_Session_Control();
 
     bool is_selected(QD_Member* m) const;
-    void admit(QD_Member* m, bool local = false);
+    bool admit(QD_Member* m, QD_Member::Origin origin, bool local = false);
+    bool is_of_framework(int id);
+    bool has_place(int id, uint32_t host, QD_Member::Origin origin);
+    void make_place(int id, uint32_t host);
+    void send_away(int id);
+    bool may_announce(const QD_Member& m);
+    bool may_invite(const QD_Member& m) const;
+    std::vector<_participant> admissible(std::vector<_participant> list);
+    std::string place_trouble(const QD_Member& newcomer);
     void forget_members(bool close_streams);
     void start_conference();
     void forget_stream(const SOCK_Stream* s);
@@ -190,7 +212,7 @@ private:
     std::atomic<int> local_id_ = NO_LOCAL_ID;
     int last_id_ = -1;     // that was given to a member we called
     int internal_id_ = -1; // the number of the last joining
-    int announced_ = 0;    // members that streams have announced
+    const QD_Call_Policy call_policy_ = QD_Call_Policy::from_environment();
     Dial dial_;
     Reactor* reactor_ = nullptr;
     _options options_;

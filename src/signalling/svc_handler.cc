@@ -27,6 +27,8 @@ int QD_Svc_Handler::receive_message()
     const bool received = message.recv(peer()) == 1;
     if (received) {
         introduced_ = true;
+        if (place_)
+            place_->heard();
         ++this_second_;
         with_message_.renew();
         message.execute();

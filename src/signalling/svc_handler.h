@@ -4,6 +4,7 @@
 #include "platform/net/reactor.h"
 #include "platform/net/sock_stream.h"
 #include "platform/net/trace.h"
+#include "signalling/places.h"
 
 #include <chrono>
 #include <memory>
@@ -64,11 +65,10 @@ public:
     static constexpr int MESSAGES_PER_EVENT = 8;
     static constexpr int MESSAGES_PER_SECOND = 200;
 
-    QD_Svc_Handler() = default;
-
-    /// For an accepted stream; `place` is given back when the stream goes.
-    explicit QD_Svc_Handler(std::shared_ptr<void> place) : place_(std::move(place)) {}
     ~QD_Svc_Handler() override;
+
+    /// For an accepted stream, before open(): the place that it has.
+    void set_place(std::unique_ptr<QD_Places::Place> place) { place_ = std::move(place); }
 
     int handle_event(Event_Type type) override;
     int handle_time(QD_Clock::Time now) override;
@@ -96,8 +96,8 @@ private:
     void watch_queue();
     int end();
 
-    std::shared_ptr<void> place_;
-    bool introduced_ = false; // a message has come
+    std::unique_ptr<QD_Places::Place> place_; // null for a stream that we have opened
+    bool introduced_ = false;                 // a message has come
     bool watching_queue_ = false;
     int this_second_ = 0; // messages
     QD_Clock::Time second_began_;

@@ -10,13 +10,13 @@ constexpr VkResource DEFAULTS[] = {{".title", "Call"}};
 
 CallWindowMainWindow::CallWindowMainWindow(CallWindowMainWindow** self) :
     VkSimpleWindow("callWindow", DEFAULTS),
-    self_(self),
-    form_(std::make_unique<Form>("callForm", mainWindowWidget()))
+    self_(self)
 {
     *self_ = this;
-    form_->setParent(this);
-    addView(form_.get());
-    setFirstFocus(form_->hostTextField());
+    auto form = std::make_unique<Form>("callForm", mainWindowWidget());
+    form->setParent(this);
+    setFirstFocus(form->hostTextField());
+    addView(std::move(form));
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 0, 1, 1);
 }
 

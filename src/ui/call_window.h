@@ -4,8 +4,6 @@
 #include "platform/vk/simple_window.h"
 #include "ui/form.h"
 
-#include <memory>
-
 /// Deletes itself when the user has called, cancelled or closed it. User-interface thread only.
 class CallWindowMainWindow : public VkSimpleWindow {
 public:
@@ -17,5 +15,4 @@ public:
 
 private:
     CallWindowMainWindow** self_;
-    std::unique_ptr<Form> form_;
 };

@@ -1,9 +1,10 @@
 #include "ui/display_window.h"
 
-#include "platform/vk/text.h"
+#include "platform/net/utf8.h"
 #include "platform/vk/wm_hints.h"
 #include "signalling/member.h"
 
+#include <X11/Shell.h>
 #include <X11/StringDefs.h>
 
 namespace {
@@ -22,16 +23,14 @@ DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args,
     _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
     XtVaSetValues(
         _dpy_form->baseWidget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
-    addView(_dpy_form);
+    addView(std::unique_ptr<VkComponent>(_dpy_form));
     if (*name)
-        setTitle(VkPrintable(name).c_str());
+        setTitle(qd_printable(name).c_str());
     setStatus(name);
     // It comes by itself, perhaps while the user is typing, and nothing in it takes keys.
     XtVaSetValues(baseWidget(), XtNinput, False, nullptr);
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
-
-DisplayWindowMainWindow::~DisplayWindowMainWindow() { delete _dpy_form; }
 
 void DisplayWindowMainWindow::handleWmDeleteMessage()
 {

@@ -1,6 +1,7 @@
 // One member's video window.
 #pragma once
 
+#include "platform/vk/app.h"
 #include "platform/vk/simple_window.h"
 #include "signalling/views.h"
 #include "ui/dpy_form.h"
@@ -12,12 +13,13 @@ public:
     /// below the picture show. Without one (""), the window is "displayWindow"
     /// and its title the resource "title", by default "Video Display".
     explicit DisplayWindowMainWindow(const char* name, ArgList args = nullptr, Cardinal count = 0);
-    ~DisplayWindowMainWindow() override;
 
     void setStatus(const char* text) { _dpy_form->setStatus(text); }
+    /// Passed over while the display takes nothing: the next ones follow soon.
     void setStatistics(const char* first, const char* second) override
     {
-        _dpy_form->setStatistics(first, second);
+        if (theApplication->takesMore())
+            _dpy_form->setStatistics(first, second);
     }
 
     void show() override { VkSimpleWindow::show(); }
@@ -35,5 +37,5 @@ protected:
     void handleWmDeleteMessage() override;
 
 private:
-    Dpy_form* _dpy_form;
+    Dpy_form* _dpy_form; // the view
 };

@@ -1,5 +1,6 @@
 #include "ui/dpy_form.h"
 
+#include "platform/net/utf8.h"
 #include "platform/vk/text.h"
 
 #include <Xm/TextF.h>
@@ -10,7 +11,7 @@ namespace {
 void set_changed(Widget field, const char* text)
 {
     char* shown = XmTextFieldGetString(field);
-    const bool changed = VkPrintable(text) != shown;
+    const bool changed = qd_printable(text) != shown;
     XtFree(shown);
     if (changed)
         VkSetText(field, text);

@@ -9,12 +9,11 @@
 class OptionsWindowMainWindow : public VkSimpleWindow {
 public:
     explicit OptionsWindowMainWindow(const char* name, ArgList args = nullptr, Cardinal count = 0);
-    ~OptionsWindowMainWindow() override;
 
     bool okToQuit() override { return _optionsForm->okToQuit(); }
     const char* className() override { return "OptionsWindowMainWindow"; }
 
 private:
     const QD_Session_Ref session_; // keeps the options that the pages write to
-    OptionsForm* _optionsForm;
+    OptionsForm* _optionsForm;     // the view
 };

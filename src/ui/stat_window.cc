@@ -17,13 +17,11 @@ StatWindowMainWindow::StatWindowMainWindow(const char* name, ArgList args, Cardi
     _statForm = new StatForm("statForm", mainWindowWidget());
     XtVaSetValues(
         _statForm->baseWidget(), XtNwidth, StatForm::WIDTH, XtNheight, StatForm::HEIGHT, nullptr);
-    addView(_statForm);
+    addView(std::unique_ptr<VkComponent>(_statForm));
     _statForm->setParent(this);
     setFirstFocus(_statForm->usersList());
     VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
 }
-
-StatWindowMainWindow::~StatWindowMainWindow() { delete _statForm; }
 
 void StatWindowMainWindow::handleWmDeleteMessage()
 {

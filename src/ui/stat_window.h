@@ -9,7 +9,6 @@
 class StatWindowMainWindow : public VkSimpleWindow, public QD_Stat_Window_View {
 public:
     explicit StatWindowMainWindow(const char* name, ArgList args = nullptr, Cardinal count = 0);
-    ~StatWindowMainWindow() override;
 
     StatForm* getStatForm() override { return _statForm; }
     const char* className() override { return "StatWindowMainWindow"; }
@@ -20,5 +19,5 @@ protected:
     void handleWmDeleteMessage() override;
 
 private:
-    StatForm* _statForm;
+    StatForm* _statForm; // the view
 };

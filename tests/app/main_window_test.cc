@@ -38,3 +38,15 @@ TEST(MainWindow, CallOpensOneDialogOptionsOneEachTimeAndNothingIsLeftBehind)
         threads = count_in("/proc/self/task");
     }
 }
+
+TEST(MainWindow, WithoutCallsNobodyCalls)
+{
+    setenv("QD_CALLS", "none", 1);
+    QD_Program program;
+    unsetenv("QD_CALLS");
+    EXPECT_FALSE(XtIsSensitive(qd_find(mainWindow->baseWidget(), "callButton")));
+    const QD_Fd caller(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const sockaddr_in us {AF_INET, htons(5000), {qd_test_host(1)}, {}};
+    EXPECT_EQ(::connect(caller.get(), reinterpret_cast<const sockaddr*>(&us), sizeof us), -1);
+    EXPECT_EQ(errno, ECONNREFUSED);
+}

@@ -62,6 +62,26 @@ TEST_F(AudioAppTest, EachSenderIsHeardOnAPortOfItsOwn)
     EXPECT_EQ(played(101), std::vector<short>(800, 0x505));
 }
 
+TEST_F(AudioAppTest, APacketThatComesTwiceIsCountedTwiceAndPlayedOnce)
+{
+    const auto receive_one = [&](uint16_t seq, uint32_t ts, char sample) {
+        rtp_fix_header header {2, 0, 0, 0, 0, QD_AudioApp::PCM, seq, ts, 2};
+        std::string payload(1600, sample);
+        EXPECT_EQ(app_->process_message(&header, payload.data(), 1600), 0);
+    };
+    receive_one(1, 100, 1);
+    receive_one(1, 100, 2);
+    receive_one(2, 200, 3);
+    receive_one(1, 100, 4);
+    EXPECT_TRUE(qd_wait_for([&] { return played(1).size() == 1600; }));
+    receive_one(1, 300, 5); // of a member who has begun again
+    EXPECT_TRUE(qd_wait_for([&] { return played(1).size() == 2400; }));
+    EXPECT_EQ(session_->get_member(2)->get_audio_data()->frames_received, 4);
+    const std::vector<short> heard = played(1);
+    EXPECT_EQ((std::array {heard[0], heard[800], heard[1600]}),
+        (std::array<short, 3> {0x101, 0x303, 0x505}));
+}
+
 TEST_F(AudioAppTest, BelowTheCutOffNothingIsSent)
 {
     const QD_Udp_Peer peer(qd_test_host(2), QD_AudioApp::PORT);

@@ -122,4 +122,42 @@ TEST(Host, OthersJoinByTheLineItPrintsAndNobodyElse)
     EXPECT_EQ(host.process().end(SIGTERM), 0);
 }
 
+TEST_F(Guarded_Broker, AKeyIsTakenFromWhoHasItAndNobodyElse)
+{
+    const std::string keys = dir_ / "keys";
+    const std::string key(64, 'a');
+    const std::string certificate
+        = "certfile " + (dir_ / "other.crt") + "\nkeyfile " + (dir_ / "other.key") + "\n";
+    const std::string by_key = "psk_hint x\nuse_identity_as_username true\npsk_file " + keys + "\n";
+    const struct {
+        std::string settings, key;
+        const char* why; // "" if it is let in
+    } cases[] = {
+        {by_key, key, ""},
+        {by_key + "tls_version tlsv1.2\n", key, ""},
+        {by_key, std::string(64, 'b'), "it does not have the key"},
+        {by_key + "tls_version tlsv1.2\n", std::string(64, 'b'), "it does not have the key"},
+        {"allow_anonymous true\n" + certificate, key, "it does not have the key"},
+        {"allow_anonymous true\ntls_version tlsv1.2\n" + certificate, key,
+            "it does not have the key"},
+        {"allow_anonymous true\n", key, "[^\n]*it does not speak TLS there"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.settings);
+        qd_write_file(keys, "guest:" + c.key + "\n");
+        const QD_Test_Broker broker(c.settings);
+        Member member("anna", 46, "mqtt+psk://guest:" + key + "@" + broker.place());
+        if (*c.why == '\0') {
+            EXPECT_TRUE(member.says(member.label_ + " has joined\n")) << member.said();
+            EXPECT_EQ(member.end(), 0);
+            continue;
+        }
+        EXPECT_EQ(member.process().wait(20s), 1);
+        EXPECT_THAT(member.said(),
+            testing::MatchesRegex("anna cannot be in the conference: the broker [^ \n]+ cannot be "
+                                  "used: "
+                + std::string(c.why) + "[^\n]*\n"));
+    }
+}
+
 }

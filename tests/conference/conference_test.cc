@@ -42,11 +42,15 @@ TEST(Conference, TellsEachMemberOfItselfFirstAndThenOfTheOthers)
 
 TEST(Conference, UnannouncedMembersAreToldOfNobody)
 {
-    Seat seat("run", {"--unannounced", "anna@127.77.0.5", "bo@127.77.0.6"});
+    const QD_Temp_Dir dir;
+    Seat seat("run",
+        {"--unannounced", "anna@127.77.0.5", "bo@127.77.0.6", "--client",
+            script(dir, "echo ${QD_CALLS-all}\n")});
     ASSERT_TRUE(seat.says("anna@127.77.0.5 has joined\n")) << seat.said();
     ASSERT_TRUE(seat.says("bo@127.77.0.6 has joined\n")) << seat.said();
     EXPECT_EQ(seat.end(), 0);
     EXPECT_EQ(qd_read_file(seat.file("anna/payloads")), "3e\n");
+    EXPECT_EQ(qd_read_file(seat.file("anna/log.txt")), "all\n") << "they call one another";
 }
 
 // Each one is reported with a line of its own, and whoever had heard of it hears
@@ -77,17 +81,28 @@ TEST(Conference, AClientThatGoesWrongIsReportedAndTakenOut)
     EXPECT_EQ(seat.told("single-bytes/payloads").size(), 7u + 6u + 1u);
 }
 
+TEST(Conference, ALogBeginsAfreshBeyondItsBound)
+{
+    const QD_Temp_Dir dir;
+    Seat seat("run", {"anna", "--client", script(dir, "head -c 17000000 /dev/zero; echo rest\n")});
+    ASSERT_TRUE(seat.says(" has joined\n")) << seat.said();
+    EXPECT_EQ(std::filesystem::file_size(seat.file("anna/log.txt")), 17000005u);
+    EXPECT_TRUE(
+        qd_wait_for([&] { return std::filesystem::file_size(seat.file("anna/log.txt")) == 0; }));
+    EXPECT_EQ(seat.end(), 0);
+}
+
 // A shell is the client. What it starts is not, and gets nowhere.
 TEST(Conference, AnotherProcessIsShutOutWithoutDisturbingTheClient)
 {
     const QD_Temp_Dir dir;
     const std::string client
-        = script(dir, "pwd; echo $HOME $QD_LOCAL_ADDRESS\n" QD_FAKE_CLIENT " \"$@\"\n");
+        = script(dir, "pwd; echo $HOME $QD_LOCAL_ADDRESS $QD_CALLS\n" QD_FAKE_CLIENT " \"$@\"\n");
     Seat seat("run", {"anna@127.77.0.7", "--client", client});
     ASSERT_TRUE(seat.says(" has joined\n")) << seat.said();
     EXPECT_EQ(seat.end(), 0) << seat.said();
     const std::string home = seat.file("anna");
-    EXPECT_EQ(qd_read_file(home + "/log.txt"), home + "\n" + home + " 127.77.0.7\n");
+    EXPECT_EQ(qd_read_file(home + "/log.txt"), home + "\n" + home + " 127.77.0.7 none\n");
 }
 
 TEST(Conference, RefusesWhatCannotBeAMember)

@@ -25,6 +25,10 @@ TEST(Join, AllAreToldTheSameAndOfWhoeverDiesWithinASecondAndFreezesWithinTen)
     for (const auto& member : members) // whose clients may not have read them yet
         EXPECT_TRUE(qd_wait_for([&] { return member->told() == anna.told(); })) << member->said();
     EXPECT_EQ(anna.told().size(), 5u);
+    EXPECT_NE(
+        qd_read_file("/proc/" + std::to_string(anna.client()) + "/environ").find("QD_CALLS=none"),
+        std::string::npos)
+        << "who is announced is not called";
 
     const std::pair<pid_t, int> faults[]
         = {{members[1]->process().pid(), SIGKILL}, {members[2]->client(), SIGKILL},

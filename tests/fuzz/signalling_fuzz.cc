@@ -29,8 +29,12 @@ void qd_fuzz(QD_Fuzz_Input input)
         for (QD_Member* member : members)
             member->set_stream(open(std::make_unique<QD_Svc_Handler>()));
     });
-    for (int accepted = 0; accepted < 2; ++accepted)
-        open(std::make_unique<QD_Svc_Handler>(std::make_shared<int>()));
+    QD_Places places([&](const SOCK_Stream* stream) { return session->uses(stream); });
+    for (int accepted = 0; accepted < 2; ++accepted) {
+        auto handler = std::make_unique<QD_Svc_Handler>();
+        handler->set_place(places.take(0, handler->peer()));
+        open(std::move(handler));
+    }
     session->get_options()->auto_accept = input.byte() % 2;
 
     QD_Fd* peer = nullptr;

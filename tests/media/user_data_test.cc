@@ -1,6 +1,31 @@
 #include "media/user_data.h"
 
+#include <ctime>
 #include <gtest/gtest.h>
+#include <sys/time.h>
+
+namespace {
+
+time_t set_back = 0; // by so many seconds
+
+}
+
+// In place of the C library's: the time of day as somebody has set it.
+extern "C" int gettimeofday(timeval* now, void*) noexcept
+{
+    timespec real {};
+    clock_gettime(CLOCK_REALTIME, &real);
+    *now = {real.tv_sec - set_back, real.tv_nsec / 1000};
+    return 0;
+}
+
+TEST(UserData, SettingTheTimeOfDayDoesNotTouchTheFigures)
+{
+    const unsigned before = UserData::get_time_stamp();
+    set_back = 3600;
+    EXPECT_LT(UserData::get_time_stamp() - before, 60'000U);
+    set_back = 0;
+}
 
 TEST(UserData, LossIsArrivingBehindAHigherNumber)
 {

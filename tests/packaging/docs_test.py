@@ -35,8 +35,9 @@ for document in [root / "README.md", *(root / "docs").glob("*.md")]:
 tests = "".join(p.read_text(encoding="utf-8") for p in (root / "tests").rglob("*_test.cc"))
 there = {".".join(name) for name in re.findall(r"^TEST(?:_[FP])?\((\w+),\s*(\w+)\)", tests, re.M)}
 there |= {f"fuzz.{p.stem.removesuffix('_fuzz')}" for p in (root / "tests/fuzz").glob("*_fuzz.cc")}
-for test in re.findall(r"`(fuzz\.\w+|[A-Z]\w+\.[A-Z]\w+)`", read("docs/security.md")):
-    check(test in there, f"docs/security.md: there is no test {test}")
+for page in ["docs/security.md", "docs/strangers.md"]:
+    for test in re.findall(r"`(fuzz\.\w+|[A-Z]\w+\.[A-Z]\w+)`", read(page)):
+        check(test in there, f"{page}: there is no test {test}")
 
 pages = "".join(p.read_text(encoding="utf-8") for p in (root / "packaging/man").glob("*.1"))
 pages = pages.replace("\\", "")

@@ -134,8 +134,40 @@ TEST_F(SessionCallsTest, ConfirmationsNobodyAskedForAndAbsurdOnesChangeNothing)
 
 TEST_F(SessionCallsTest, AStreamAnnouncesSoManyMembersAndNoMore)
 {
-    for (int i = 0; i <= QD_Session_Control::MAX_ANNOUNCED; ++i)
-        EXPECT_EQ(session_->new_member(new QD_Member(stream(4), 7, "dora", qd_test_host(4))),
-            i < QD_Session_Control::MAX_ANNOUNCED ? 0 : -1);
-    join(7, 4); // the framework's are its own affair
+    const auto announce = [this](int id) {
+        const uint32_t host = htonl(0x7f700000 + static_cast<uint32_t>(id));
+        return session_->new_member(new QD_Member(stream(4), id, "dora", host));
+    };
+    for (int i = 1; i <= QD_Session_Control::MAX_ANNOUNCED; ++i)
+        EXPECT_EQ(announce(1000 + i), 0);
+    EXPECT_EQ(announce(7), -1);
+    EXPECT_EQ(announce(1001), 0) << "is there already";
+    EXPECT_EQ(form_.listed.size(), size_t {QD_Session_Control::MAX_ANNOUNCED});
+    EXPECT_EQ(session_->delete_member(1002), 0);
+    EXPECT_EQ(announce(7), 0);
+    join(8, 4); // the framework's are its own affair
+    QD_Session_Control::stream_gone(stream(4));
+    EXPECT_THAT(form_.listed, ElementsAre(text("m", 4)));
+}
+
+TEST_F(SessionCallsTest, TheHundredAndFirstIsSentAwayAndTheNextMayCall)
+{
+    const auto call_in = [this](int host) {
+        EXPECT_EQ(call(host), 0);
+        return session_->accepted("\x1b[2Janna", qd_test_host(host));
+    };
+    for (int host = 101; host < 200; ++host)
+        EXPECT_EQ(call_in(host), 0);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(call_in(2), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+        "QD_Session_Control: \xef\xbf\xbd[2Janna@" + qd_test_address(2)
+            + " is not let in: the conference has 100 members\n");
+    EXPECT_EQ(stream(2)->send_n("x", 1), -1) << "is closed";
+    EXPECT_EQ(session_->get_roster()->entries.size(), 100u);
+    EXPECT_EQ(session_->connection_closed(stream(150)), 0);
+    EXPECT_EQ(call_in(3), 0);
+    join(500, 5);
+    EXPECT_EQ(call(4), 0);
+    EXPECT_EQ(sent(4).size(), 56u + 28 * 100 + 35) << "no more than others take";
 }

@@ -26,14 +26,12 @@ struct UI_Media : QD_Media_Control {
 
 /// A main form in a window of its own.
 struct UI_Main : VkSimpleWindow {
-    UI_Main() :
-        VkSimpleWindow((static_cast<void>(ui_app()), "main")),
-        form_("mainForm", mainWindowWidget())
+    UI_Main() : VkSimpleWindow((static_cast<void>(ui_app()), "main"))
     {
         XtVaSetValues(
             form_.baseWidget(), XmNwidth, MainForm::WIDTH, XmNheight, MainForm::HEIGHT, nullptr);
         form_.setParent(&media_);
-        addView(&form_);
+        addView(std::unique_ptr<VkComponent>(&form_));
         show();
         qd_pump();
     }
@@ -44,7 +42,7 @@ struct UI_Main : VkSimpleWindow {
         using MainFormUI::_speakerMeter;
     };
     testing::StrictMock<UI_Media> media_;
-    Form form_;
+    Form& form_ = *new Form("mainForm", mainWindowWidget());
 };
 
 template <typename Value> Value ui_get(Widget widget, const char* resource)

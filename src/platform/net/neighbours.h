@@ -25,8 +25,11 @@ public:
 
     QD_Neighbours();
 
-    /// Reads the table again.
+    /// Reads the table again: some ten microseconds, more with hundreds of hosts.
     void refresh();
+
+    /// Whether a host did not answer when the table was read last.
+    bool any_missing() const { return !missing_.empty(); }
 
     /// Whether a datagram may be sent to that address (network byte order) now.
     bool may_send(uint32_t host, QD_Clock::Time now);

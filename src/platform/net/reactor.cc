@@ -59,7 +59,7 @@ int Reactor::wait(int extra, int milliseconds)
         polled_.push_back({entry.fd, static_cast<short>(reading | writing), 0});
     }
 
-    if (::poll(polled_.data(), polled_.size(), milliseconds) < 0)
+    if (poll_(polled_.data(), polled_.size(), milliseconds) < 0)
         return 0; // a signal: to be looked at by whoever waits
     for (size_t i = 0; i < entries_.size(); ++i) {
         const int found = polled_[first_entry + i].revents;

@@ -3,6 +3,7 @@
 
 #include "platform/net/event_handler.h"
 
+#include <functional>
 #include <memory>
 #include <poll.h>
 #include <vector>
@@ -36,6 +37,10 @@ public:
     /// what is to be read: a descriptor left readable ends every wait.
     void add_wake(int fd);
 
+    /// What waits: poll(2), unless another loop is to go on meanwhile.
+    using Poll = std::function<int(pollfd*, nfds_t, int milliseconds)>;
+    void set_poll(Poll poll) { poll_ = std::move(poll); }
+
     /// Waits up to `milliseconds` (0: not at all) for `extra` (-1: none), a wake
     /// descriptor or a handler. Returns 1 if `extra` is readable (or has failed
     /// or ended), else 0. A signal ends the wait, too.
@@ -59,6 +64,7 @@ private:
     void settle(Event_Handler* handler, int result);
 
     const QD_Clock& clock_;
+    Poll poll_ = ::poll;
     std::vector<Entry> entries_;
     std::vector<Adopted> adopted_;
     std::vector<int> wakes_;

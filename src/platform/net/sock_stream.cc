@@ -20,11 +20,19 @@ void set_option(int fd, int level, int name, int value)
     ::setsockopt(fd, level, name, &value, sizeof value);
 }
 
+uint32_t peer_host(int fd)
+{
+    sockaddr_in peer {};
+    socklen_t size = sizeof peer;
+    const int result = ::getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size);
+    return result == 0 && peer.sin_family == AF_INET ? peer.sin_addr.s_addr : 0;
+}
+
 bool would_wait() { return errno == EAGAIN || errno == EWOULDBLOCK; }
 
 }
 
-SOCK_Stream::SOCK_Stream(QD_Fd fd) : fd_(std::move(fd))
+SOCK_Stream::SOCK_Stream(QD_Fd fd) : fd_(std::move(fd)), peer_host_(peer_host(fd_.get()))
 {
     set_option(fd_.get(), IPPROTO_TCP, TCP_NODELAY, 1);
     set_option(fd_.get(), SOL_SOCKET, SO_SNDBUF, SEND_BUFFER);

@@ -52,11 +52,15 @@ public:
     /// The descriptor, -1 for none.
     int get_handle() const { return fd_.get(); }
 
+    /// The host at the other end, network byte order; 0 if it has no IPv4 address.
+    uint32_t get_peer_host() const { return peer_host_; }
+
 private:
     enum State { OPEN, ENDED, FAILED };
     void end(State state);
 
     QD_Fd fd_;
+    uint32_t peer_host_ = 0;
     State state_ = OPEN; // as far as receiving goes
     bool closed_ = false;
     std::vector<uint8_t> in_;

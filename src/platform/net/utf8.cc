@@ -20,3 +20,16 @@ QD_Character qd_first_character(std::string_view text)
         return {};
     return {length, code};
 }
+
+std::string qd_printable(std::string_view text)
+{
+    constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd"; // U+FFFD
+    std::string out;
+    while (!text.empty()) {
+        const QD_Character first = qd_first_character(text);
+        const bool shown = first.length > 0 && !first.is_control();
+        out += shown ? text.substr(0, first.length) : REPLACEMENT;
+        text.remove_prefix(shown ? first.length : 1);
+    }
+    return out;
+}

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 struct QD_Character {
@@ -17,3 +18,7 @@ struct QD_Character {
 /// byte that no character begins with, is cut short, or holds an overlong form, a
 /// surrogate or a code beyond U+10FFFF.
 QD_Character qd_first_character(std::string_view text);
+
+/// `text` as it can be shown or printed: bytes that are no UTF-8 and control
+/// characters become U+FFFD, one for each byte.
+std::string qd_printable(std::string_view text);

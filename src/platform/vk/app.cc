@@ -8,13 +8,17 @@
 #include <X11/Shell.h>
 #include <X11/StringDefs.h>
 #include <X11/Xft/Xft.h>
+#include <Xm/Display.h>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <sys/timerfd.h>
 #include <utility>
 
 VkApp* theApplication = nullptr;
+
+constexpr int BUSY_MS = 20;
 
 namespace {
 
@@ -38,6 +42,13 @@ void set_font_resolution(Display* display)
             pattern += std::string(":") + option + "=" + value;
     }
     XftDefaultSet(display, XftNameParse(pattern.c_str()));
+}
+
+/// A drag holds up everything but itself until the button is released, and there is nothing here
+/// that it could move. So the middle button does nothing to a label, a button or a line of a list.
+void refuse_drag(Widget, XtPointer, XtPointer call)
+{
+    static_cast<XmDragStartCallbackStruct*>(call)->doit = False;
 }
 
 /// A window that vanished between two requests must not end the conference.
@@ -66,7 +77,8 @@ int report_lost_display(Display* display)
 
 }
 
-VkApp::VkApp(const char* appClass, int* argc, char** argv)
+VkApp::VkApp(const char* appClass, int* argc, char** argv) :
+    end_of_wait_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))
 {
     InitEZ();
     const std::string wanted = wanted_display(*argc, argv);
@@ -91,6 +103,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv)
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());
     VkAddFonts(base_);
+    XtAddCallback(XmGetXmDisplay(display_), XmNdragStartCallback, refuse_drag, nullptr);
 }
 
 void VkApp::run()
@@ -112,6 +125,48 @@ void VkApp::quitYourself()
 }
 
 void VkApp::terminate(int status) { std::exit(status); }
+
+int VkApp::poll(pollfd* polled, size_t count, int milliseconds)
+{
+    const int ready = ::poll(polled, count, 0);
+    if (ready != 0 || milliseconds <= 0)
+        return ready;
+    wait_for_any(polled, count, milliseconds);
+    return ::poll(polled, count, 0);
+}
+
+// Only the toolkit knows when its next timer is due, so it has to do the waiting. This is the one
+// of its waits that calls no work procedure and leaves the events where they are.
+void VkApp::wait_for_any(const pollfd* polled, size_t count, int milliseconds)
+{
+    const itimerspec end {{}, {milliseconds / 1000, milliseconds % 1000 * 1000000L}};
+    ::timerfd_settime(end_of_wait_.get(), 0, &end, nullptr);
+    std::vector<XtInputId> inputs;
+    const auto add = [&](int fd, XtInputMask mask) {
+        inputs.push_back(XtAppAddInput(
+            context_, fd, reinterpret_cast<XtPointer>(mask), [](XtPointer, int*, XtInputId*) {},
+            nullptr));
+    };
+    add(end_of_wait_.get(), XtInputReadMask);
+    for (const pollfd* one = polled; one < polled + count; ++one) {
+        const XtInputMask reading = (one->events & POLLIN) != 0 ? XtInputReadMask : 0;
+        const XtInputMask writing = (one->events & POLLOUT) != 0 ? XtInputWriteMask : 0;
+        if (one->fd >= 0 && (reading | writing) != 0)
+            add(one->fd, reading | writing);
+    }
+    XEvent event;
+    XtAppPeekEvent(context_, &event);
+    for (XtInputId input : inputs)
+        XtRemoveInput(input);
+}
+
+// A local connection is writable while at most a quarter of its 200 KB and more is in use.
+bool VkApp::takesMore()
+{
+    pollfd connection {connectionNumber(), POLLOUT, 0};
+    stalled_ = ::poll(&connection, 1, stalled_ ? 0 : BUSY_MS) == 0;
+    return !stalled_;
+}
 
 bool VkApp::enlist(VkSimpleWindow* window)
 {

@@ -1,7 +1,10 @@
 // The application as the toolkit sees it: display connection, resources, event loop.
 #pragma once
 
+#include "platform/net/fd.h"
+
 #include <X11/Intrinsic.h>
+#include <poll.h>
 #include <vector>
 
 class VkSimpleWindow;
@@ -42,6 +45,15 @@ public:
     /// be handled, in which case nobody may sleep on connectionNumber().
     bool pendingInput() const { return XtAppPending(context_) != 0; }
 
+    /// Waits like poll(2), so that a work procedure can, and calls the toolkit's
+    /// timers that come due meanwhile. An event of X's ends the wait, too.
+    int poll(pollfd* polled, size_t count, int milliseconds);
+
+    /// Whether some 50 KB can be drawn without waiting for the server. A server
+    /// that is busy is waited for, once; one that has stopped, or that a window
+    /// manager keeps to itself, is not: who draws comes again.
+    bool takesMore();
+
     /// The windows in the order of their making.
     const std::vector<VkSimpleWindow*>& windows() const { return windows_; }
 
@@ -51,10 +63,13 @@ private:
     /// and -title belong.
     bool enlist(VkSimpleWindow* window);
     void strike(VkSimpleWindow* window);
+    void wait_for_any(const pollfd* polled, size_t count, int milliseconds);
 
     XtAppContext context_ = nullptr;
     Display* display_ = nullptr;
     Widget base_ = nullptr;
+    QD_Fd end_of_wait_;    // a timer
+    bool stalled_ = false; // the server did not take what was drawn
     std::vector<VkSimpleWindow*> windows_;
     bool any_window_ = false;
 };

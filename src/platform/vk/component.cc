@@ -7,6 +7,15 @@ VkComponent::~VkComponent()
     if (!base_)
         return;
     XtRemoveCallback(base_, XtNdestroyCallback, &VkComponent::destroyed, this);
+    destroyBase();
+}
+
+// A text or a scroll bar grabs the keyboard while a button is held in it. The toolkit would send
+// the next key, even one of its own making, to the widget that is gone.
+void VkComponent::destroyBase()
+{
+    if (XtIsRealized(base_))
+        XtUngrabKeyboard(base_, CurrentTime);
     XtDestroyWidget(base_);
 }
 

@@ -40,6 +40,10 @@ protected:
         VkAddDefaults(any, name(), defaults);
     }
 
+    /// Destroys the base widget with all that is in it: at once or, while an event
+    /// is being dispatched, at its end. Without effect once it is going.
+    void destroyBase();
+
     /// The base widget is going away by other hands than ours.
     virtual void widgetDestroyed() {}
 

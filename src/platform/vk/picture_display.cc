@@ -14,6 +14,8 @@ namespace {
 constexpr VkResource DEFAULTS[] = {{".background", "Black"}};
 constexpr size_t LUMINANCE = size_t {VkPictureDisplay::WIDTH} * VkPictureDisplay::HEIGHT;
 constexpr int MAX_GREYS = 64;
+constexpr int BAND = 32 * 1024; // bytes that are given to the server at once
+constexpr unsigned long AGAIN_MS = 20;
 
 /// As many even steps of grey as there are cells to be had.
 std::vector<unsigned long> grey_ramp(Display* display, const Visual& visual, Colormap colours)
@@ -129,7 +131,8 @@ void VkPictureDisplay::displayYUV411(const unsigned char* picture)
         return;
     fit();
     render();
-    put(place());
+    rows_left_ = image_->height;
+    put_rest();
 }
 
 XRectangle VkPictureDisplay::place() const
@@ -160,6 +163,7 @@ bool VkPictureDisplay::fit()
     XInitImage(image_.get());
     pixels_.resize(static_cast<size_t>(image_->bytes_per_line) * room.height);
     image_->data = pixels_.data();
+    next_row_ = 0;
     return true;
 }
 
@@ -192,6 +196,30 @@ void VkPictureDisplay::put(const XRectangle& part) const
         return;
     XPutImage(XtDisplay(baseWidget()), XtWindow(baseWidget()), gc_, image_.get(), seen.x - all.x,
         seen.y - all.y, seen.x, seen.y, seen.width, seen.height);
+}
+
+/// Goes on where it stopped, if with a newer picture by now, so that a slow server comes round too.
+void VkPictureDisplay::put_rest()
+{
+    const XRectangle all = place();
+    const int band = std::max(BAND / image_->bytes_per_line, 1);
+    while (rows_left_ > 0 && theApplication->takesMore()) {
+        const int rows = std::min({band, rows_left_, image_->height - next_row_});
+        put({all.x, static_cast<short>(all.y + next_row_), all.width,
+            static_cast<unsigned short>(rows)});
+        next_row_ = (next_row_ + rows) % image_->height;
+        rows_left_ -= rows;
+    }
+    if (rows_left_ > 0 && again_ == 0)
+        again_ = XtAppAddTimeOut(
+            theApplication->appContext(), AGAIN_MS, &VkPictureDisplay::again, this);
+}
+
+void VkPictureDisplay::again(XtPointer self, XtIntervalId*)
+{
+    auto* display = static_cast<VkPictureDisplay*>(self);
+    display->again_ = 0;
+    display->put_rest();
 }
 
 /// The picture itself is left alone, lest it flicker.
@@ -233,7 +261,8 @@ void VkPictureDisplay::resized(Widget, XtPointer self, XtPointer)
     if (display->fit())
         display->render();
     display->clear_around();
-    display->put(display->place());
+    display->rows_left_ = display->image_->height;
+    display->put_rest();
 }
 
 void VkPictureDisplay::widgetDestroyed() { release(); }
@@ -245,4 +274,8 @@ void VkPictureDisplay::release()
         XFreeGC(theApplication->display(), gc_);
     gc_ = nullptr;
     image_.reset();
+    rows_left_ = 0;
+    if (again_ != 0)
+        XtRemoveTimeOut(again_);
+    again_ = 0;
 }

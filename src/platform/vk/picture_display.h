@@ -15,7 +15,8 @@ void init_global_dpy();
 
 /// The picture fills the widget as far as its proportions allow, in the middle
 /// of a black ground; no larger than the screen. The last one comes back
-/// whenever the widget is uncovered or gets another size.
+/// whenever the widget is uncovered or gets another size. A server that does not
+/// take it in never holds the program up: what is missing follows later.
 /// User-interface thread only.
 class VkPictureDisplay : public VkComponent {
 public:
@@ -51,10 +52,12 @@ private:
 
     static void exposed(Widget, XtPointer self, XtPointer call);
     static void resized(Widget, XtPointer self, XtPointer);
+    static void again(XtPointer self, XtIntervalId*);
     bool fit();
     void render();
     VkPlanes scaled(int width, int height);
     void put(const XRectangle& part) const;
+    void put_rest();
     void clear_around() const;
     void release();
 
@@ -69,4 +72,9 @@ private:
 
     std::vector<char> pixels_; // image_'s
     std::unique_ptr<XImage, Free_Image> image_;
+
+    // What of image_ the server has still to be given: so many rows, cyclically.
+    int next_row_ = 0;
+    int rows_left_ = 0;
+    XtIntervalId again_ = 0; // 0: none
 };

@@ -54,8 +54,19 @@ VkSimpleWindow::VkSimpleWindow(
 VkSimpleWindow::~VkSimpleWindow()
 {
     theApplication->strike(this);
-    if (baseWidget())
+    destroyWidgets();
+}
+
+// A shell's end dispatches an event of its own, which must not meet widgets that went before it.
+// So nothing in a window is destroyed by itself: components find their widgets gone or, while the
+// toolkit waits for the end of an event, about to go.
+void VkSimpleWindow::destroyWidgets()
+{
+    if (baseWidget()) {
         hide();
+        destroyBase();
+    }
+    view_.reset();
 }
 
 void VkSimpleWindow::makeShell(ArgList args, Cardinal count)
@@ -91,6 +102,12 @@ void VkSimpleWindow::addView(VkComponent* view)
         XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM,
         nullptr);
     view->show();
+}
+
+void VkSimpleWindow::addView(std::unique_ptr<VkComponent> view)
+{
+    view_ = std::move(view);
+    addView(view_.get());
 }
 
 void VkSimpleWindow::realize()

@@ -3,6 +3,8 @@
 
 #include "platform/vk/component.h"
 
+#include <memory>
+
 /// The base widget is the window's shell, a child of the application's. It is
 /// hidden until show(). User-interface thread only.
 class VkSimpleWindow : public VkComponent {
@@ -12,6 +14,9 @@ public:
     /// Puts the view, whose widgets are children of mainWindowWidget(), into the
     /// window, which takes its size. The view is not owned.
     virtual void addView(VkComponent* view);
+
+    /// The same, and keeps the view: it goes with the window, after its widgets.
+    void addView(std::unique_ptr<VkComponent> view);
 
     /// The parent for the view's widgets.
     Widget mainWindowWidget() const { return main_; }
@@ -42,6 +47,10 @@ protected:
     /// window asks itself okToQuit() and, if so, deletes itself.
     virtual void handleWmDeleteMessage();
 
+    /// Takes the window down: the shell with all that is in it, in one piece, then
+    /// the view that it keeps. The destructor does so at the latest.
+    void destroyWidgets();
+
     void widgetDestroyed() override;
 
 private:
@@ -51,6 +60,7 @@ private:
     void publishTitle();
     void publishProcess();
 
+    std::unique_ptr<VkComponent> view_; // null if it is another's
     Widget main_ = nullptr;
     Widget first_focus_ = nullptr; // until the window is shown
     bool shown_ = false;

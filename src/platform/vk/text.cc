@@ -5,33 +5,15 @@
 
 #include <Xm/TextF.h>
 
-namespace {
-
-constexpr std::string_view REPLACEMENT = "\xef\xbf\xbd"; // U+FFFD
-
-}
-
-std::string VkPrintable(std::string_view text)
-{
-    std::string out;
-    while (!text.empty()) {
-        const QD_Character first = qd_first_character(text);
-        const bool shown = first.length > 0 && !first.is_control();
-        out += shown ? text.substr(0, first.length) : REPLACEMENT;
-        text.remove_prefix(shown ? first.length : 1);
-    }
-    return out;
-}
-
 VkString::VkString(std::string_view text)
 {
-    std::string printable = VkPrintable(text);
+    std::string printable = qd_printable(text);
     string_ = XmStringCreateLocalized(printable.data());
 }
 
 void VkSetText(Widget field, std::string_view text)
 {
-    std::string printable = VkPrintable(text);
+    std::string printable = qd_printable(text);
     XmTextFieldSetString(field, printable.data());
 }
 

@@ -2,12 +2,7 @@
 #pragma once
 
 #include <Xm/Xm.h>
-#include <string>
 #include <string_view>
-
-/// `text` as it can be shown: bytes that are no UTF-8 and control characters
-/// become U+FFFD, one for each byte.
-std::string VkPrintable(std::string_view text);
 
 /// Owns the toolkit's form of a printable text.
 class VkString {

@@ -10,6 +10,7 @@
 /// User-interface thread only.
 class VkWindow : public VkSimpleWindow {
 public:
+    using VkSimpleWindow::addView;
     void addView(VkComponent* view) override;
 
     /// Appends a pane to the menu bar. The window owns it.
