@@ -1,5 +1,6 @@
 #include "app/termination.h"
 
+#include "platform/net/signals.h"
 #include "platform/net/wake.h"
 
 #include <cerrno>
@@ -19,13 +20,6 @@ void terminate(int /*signal*/)
     const int before = errno; // whatever was interrupted still looks at it
     asked().raise();
     errno = before;
-}
-
-// As nohup and shells in the background want it.
-bool is_ignored(int signal)
-{
-    struct sigaction now {};
-    return sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN;
 }
 
 void handle(int signal, void (*handler)(int))
@@ -51,7 +45,7 @@ QD_Termination::QD_Termination()
     for (int signal : {SIGCHLD, SIGPIPE})
         handle(signal, thread_killed);
     for (int signal : {SIGTERM, SIGINT, SIGHUP})
-        if (!is_ignored(signal))
+        if (!qd_is_ignored(signal))
             handle(signal, terminate);
 }
 

@@ -1,5 +1,7 @@
 #include "conference/loop.h"
 
+#include "platform/net/signals.h"
+
 #include <algorithm>
 #include <csignal>
 #include <sys/signalfd.h>
@@ -9,7 +11,8 @@ QD_Fd qd_block_ending_signals()
     sigset_t set;
     sigemptyset(&set);
     for (int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&set, number);
+        if (!qd_is_ignored(number)) // blocked ones would come all the same
+            sigaddset(&set, number);
     ::sigprocmask(SIG_BLOCK, &set, nullptr);
     return QD_Fd(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
 }

@@ -4,8 +4,8 @@
 #include "platform/net/clock.h"
 #include "platform/net/fd.h"
 
-/// Blocks SIGINT, SIGTERM and SIGHUP in this thread and gives a descriptor that
-/// is readable when one has come. Before any client starts.
+/// Blocks those of SIGINT, SIGTERM and SIGHUP that are not ignored in this thread,
+/// and gives a descriptor that is readable when one has come. Before any client starts.
 QD_Fd qd_block_ending_signals();
 
 /// Takes one signal from that descriptor. Returns whether there was one. Never waits.

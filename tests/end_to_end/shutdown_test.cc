@@ -3,6 +3,7 @@
 #include "tests/support/udp_peer.h"
 #include "tests/support/x_server.h"
 
+#include <cstdlib>
 #include <future>
 #include <gtest/gtest.h>
 #include <random>
@@ -158,6 +159,7 @@ TEST(Shutdown, SignalsThatWereIgnoredAtTheStartStaySo)
 
 TEST(Shutdown, ADisplayThatIsLostOrStandsStillHoldsNothingUp)
 {
+    constexpr int EITHER = -1;
     struct {
         const char* why;
         bool stands_still; // first
@@ -166,7 +168,7 @@ TEST(Shutdown, ADisplayThatIsLostOrStandsStillHoldsNothingUp)
         int status;
     } const cases[] = {
         {"lost in the middle of a conference", false, false, true, 1},
-        {"lost while everything is taken down", true, true, true, 1},
+        {"lost while everything is taken down", true, true, true, EITHER},
         {"not served at the end", true, true, false, 0},
     };
     for (const auto& c : cases) {
@@ -187,7 +189,9 @@ TEST(Shutdown, ADisplayThatIsLostOrStandsStillHoldsNothingUp)
             client.framework().end_session();
         if (c.lost)
             x_server.reset();
-        EXPECT_EQ(client.wait(), c.status) << client.log();
+        const auto status = client.wait();
+        const bool done_before = c.status == EITHER && status == 0; // with the display
+        EXPECT_TRUE(done_before || status == std::abs(c.status)) << client.log();
         expect_left_in_order(client);
     }
 }

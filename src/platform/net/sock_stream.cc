@@ -162,10 +162,13 @@ void SOCK_Connector::connect(std::span<Call> calls, int milliseconds)
     }
     const auto on_its_way = [](const pollfd& one) { return one.fd >= 0; };
     while (std::any_of(polled.begin(), polled.end(), on_its_way)) {
+        // Past the end still one look: a process that was stopped meanwhile finds answers there.
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - clock.now()).count();
-        if (left <= 0)
+        const auto wait = static_cast<int>(std::max<long>(left, 0));
+        const int found = ::poll(polled.data(), polled.size(), wait);
+        if (found == 0)
             return;
-        if (::poll(polled.data(), polled.size(), static_cast<int>(left)) < 0)
+        if (found < 0)
             continue;
         for (size_t i = 0; i < polled.size(); ++i) {
             if (polled[i].fd < 0 || polled[i].revents == 0)

@@ -61,6 +61,13 @@ int report_error(Display* display, XErrorEvent* error)
     return 0;
 }
 
+/// What the toolkit cannot go on from.
+void report_fatal(char* message)
+{
+    std::fprintf(stderr, "VkApp: %s\n", message);
+    qd_end_process(EXIT_FAILURE);
+}
+
 /// Xlib is in the middle of something then: no more windows can be destroyed.
 int report_lost_display(Display* display)
 {
@@ -77,6 +84,7 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv) :
     const std::string wanted = wanted_display(*argc, argv);
     const std::string program = *argc > 0 ? argv[0] : appClass;
     context_ = XtCreateApplicationContext();
+    XtAppSetErrorHandler(context_, report_fatal);
     display_ = XtOpenDisplay(context_, nullptr, nullptr, appClass, nullptr, 0, argc, argv);
     if (!display_) {
         std::fprintf(stderr, "%s: cannot open display \"%s\"\n", program.c_str(), wanted.c_str());
