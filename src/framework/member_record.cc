@@ -24,10 +24,10 @@ std::optional<QD_Member_Record> QD_Member_Record::decode(std::span<const uint8_t
         return std::nullopt;
     }
 
-    auto rest = payload.subspan(start);
     constexpr size_t ADDRESS_AND_ID = 8;
-    if (rest.size() < ADDRESS_AND_ID)
+    if (payload.size() < start + ADDRESS_AND_ID)
         return std::nullopt;
+    auto rest = payload.subspan(start);
     record.host = htonl(qd_get_u32(&rest[0]));
     record.id = static_cast<int32_t>(qd_get_u32(&rest[4]));
     if (record.command == REMOVE)
