@@ -32,8 +32,10 @@ sanitize:
 
 # Looks for inputs that break what others can reach, each fuzzer for FUZZ_SECONDS.
 FUZZ_SECONDS ?= 60
-fuzz:
-	@$(MAKE) --no-print-directory configured BUILD=build/fuzz \
+fuzz: packages
+	@tools/fuzz-codecs.sh build/fuzz/codecs $(JOBS)
+	@PKG_CONFIG_PATH=$(CURDIR)/build/fuzz/codecs/lib/pkgconfig \
+	    $(MAKE) --no-print-directory configured BUILD=build/fuzz \
 	    CMAKE_ARGS='-DCMAKE_CXX_COMPILER=clang++-14 -DQD_SANITIZE=fuzzer-no-link,address,undefined'
 	@MAKEFLAGS=--no-print-directory cmake --build build/fuzz -j $(JOBS) --target fuzzers
 	@tools/fuzz.sh build/fuzz $(FUZZ_SECONDS)

@@ -13,7 +13,7 @@ for source in tests/fuzz/*_fuzz.cc; do
     log=$build/fuzz-logs/$name.log
     mkdir -p "$build/learnt/$name"
     timeout $((seconds + 60)) "$build/fuzz_$name" -max_total_time="$seconds" -timeout=20 \
-        -rss_limit_mb=2048 -max_len=20000 -close_fd_mask=3 -print_final_stats=1 \
+        -rss_limit_mb=2048 -max_len=40000 -close_fd_mask=3 -print_final_stats=1 \
         -artifact_prefix="$build/findings/$name-" \
         "$build/learnt/$name" "tests/fuzz/corpus/$name" >"$log" 2>&1
     status=$?

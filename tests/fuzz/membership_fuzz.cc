@@ -53,6 +53,16 @@ void qd_fuzz(QD_Fuzz_Input input)
         const std::string anybody = input.chunk();
         membership.take(anybody, input.chunk(), now);
     };
+    // More than there are places for, by and by, of members who are in nobody's way.
+    int stranger = 0;
+    const auto crowd = [&] {
+        for (int count = input.byte(); count > 0 && stranger < 600; --count) {
+            const auto number = static_cast<uint32_t>(++stranger);
+            const QD_Presence record {QD_Presence::LIVE, QD_Presence::MIN_ID + 100 + number,
+                0x0b000000u + number, 1, "s"};
+            membership.take("user/s" + std::to_string(number), record.encode(), now);
+        }
+    };
     const std::function<void()> happens[]
         = {live, live, any, [&] { membership.take(owner, "", now); },
             [&] { membership.take("user/r", published, now); },
@@ -62,6 +72,9 @@ void qd_fuzz(QD_Fuzz_Input input)
             [&] {
                 if (input.byte() == 0)
                     membership.leave();
+            },
+            crowd, [&] { // one of them goes
+                membership.take("user/s" + std::to_string(input.byte()), "", now);
             }};
     membership.connect(now);
     while (!input.empty()) {

@@ -7,7 +7,8 @@
 #include <functional>
 
 // Whether invitations are accepted at once, then what happens: bytes on one of the streams, in
-// whatever fragments, time, and what the user does. Each is two bytes and a chunk.
+// whatever fragments or over and over, what the peers read, time, and what the user does. Each is
+// two bytes and a chunk.
 void qd_fuzz(QD_Fuzz_Input input)
 {
     QD_Session_Ref session;
@@ -20,6 +21,9 @@ void qd_fuzz(QD_Fuzz_Input input)
         QD_Stream_Pair pair;
         if (peers.size() == 4)
             return static_cast<SOCK_Stream*>(nullptr);
+        // Small, so that what a peer does not read soon waits in the queue.
+        const int room = 4096;
+        ::setsockopt(pair.stream.get_handle(), SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
         peers.push_back(std::move(pair.peer));
         return pair.serve(std::move(handler), &reactor);
     };
@@ -41,19 +45,33 @@ void qd_fuzz(QD_Fuzz_Input input)
     std::string bytes;
     const auto send
         = [&] { ::send(peer->get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT); };
+    const auto turn = [&] {
+        reactor.wait(-1, 0);
+        reactor.dispatch();
+    };
+    const auto flood = [&] { // the more is sent the shorter it is: some thousand times
+        for (size_t sent = 0; sent < 1 << 16; sent += bytes.size() + 16) {
+            send();
+            turn();
+        }
+    };
+    const auto read = [&] {
+        static char taken[1 << 16];
+        [[maybe_unused]] const ssize_t ignored
+            = ::recv(peer->get(), taken, sizeof taken, MSG_DONTWAIT);
+    };
     const std::function<void()> happens[]
         = {send, send, [&] { clock.pass(std::chrono::milliseconds(100 * bytes.size())); },
             [&] { peer->reset(); }, [&] { session->invite("user", "127.0.0.9"); },
             [&] { session->accept_invitation(); }, [&] { session->reject_invitation(); },
             [&] { session->send_to_app(6666, 1, bytes.data(), static_cast<int>(bytes.size())); },
-            [&] { session->quit(); }};
+            [&] { session->quit(); }, flood, read};
     while (!input.empty()) {
         const size_t what = input.byte() % std::size(happens);
         peer = &peers[input.byte() % peers.size()];
         bytes = input.chunk();
         happens[what]();
         session->clear_failed_invitation();
-        reactor.wait(-1, 0);
-        reactor.dispatch();
+        turn();
     }
 }
