@@ -6,13 +6,16 @@ namespace {
 
 constexpr auto PATIENCE = std::chrono::seconds(60);
 constexpr size_t AT_THE_SOUND_SERVER = 2; // it mixes no more than 32 streams
+constexpr size_t CUT_OFF = 1;             // the seat whose host is, now and then
 
 bool is_at_the_sound_server(size_t seat) { return seat < AT_THE_SOUND_SERVER; }
 
 }
 
 // The keyboard stays where the persons put it, whatever window comes or goes.
-QD_Soak_Course::QD_Soak_Course(size_t members) : half_(members / 2)
+QD_Soak_Course::QD_Soak_Course(size_t members) :
+    half_(members / 2),
+    network_(static_cast<int>(2 * half_ + 1)) // the last one is the ear's
 {
     qd_write_file(dir_ / "resources",
         "Mwm*startupKeyFocus: False\nMwm*autoKeyFocus: False\nMwm*deiconifyKeyFocus: False\n");
@@ -32,6 +35,8 @@ bool QD_Soak_Course::well() const
     for (const auto& member : seats_)
         if (member && trouble.empty())
             trouble = member->trouble();
+    if (disturbances_ && trouble.empty())
+        trouble = disturbances_->trouble();
     if (!trouble.empty())
         printf("TROUBLE: %s\n", trouble.c_str());
     return trouble.empty();
@@ -40,7 +45,11 @@ bool QD_Soak_Course::well() const
 bool QD_Soak_Course::begin(QD_Figures& figures)
 {
     hold(!x_server_.display().empty() && sound_.start(), "no X server or no sound server");
+    feed_microphone();
     seats_.resize(2 * half_);
+    const auto speakers = static_cast<int>(half_);
+    ear_.emplace(network_, static_cast<int>(2 * half_ + 1), speakers, broker_.place());
+    hold(ear_->joined(), "nobody listens");
     for (size_t seat = 0; seat < seats_.size() && trouble_.empty(); ++seat) {
         join(seat);
         if (seat < half_ && seats_[seat]) {
@@ -48,6 +57,14 @@ bool QD_Soak_Course::begin(QD_Figures& figures)
             figures.watch("its companion", seats_[seat]->process().pid());
         }
     }
+    const auto start = QD_Soak_Ear::Clock::now();
+    hold(qd_wait_for([&] { return ear_->silent_since(start).empty(); }, PATIENCE),
+        "not heard:" + ear_->silent_since(start));
+    if (trouble_.empty())
+        disturbances_.emplace(
+            QD_Disturbances::Victims {[this] { return sound_.pid(); }, x_server_.pid(), broker_,
+                network_, static_cast<int>(CUT_OFF + 1)},
+            *ear_);
     return well();
 }
 
@@ -55,7 +72,9 @@ void QD_Soak_Course::join(size_t seat)
 {
     QD_Soak_Member::Part part;
     part.name = (seat < half_ ? "m" : "guest") + std::to_string(++joinings_);
-    part.address = qd_test_address(static_cast<int>(seat) + 1);
+    part.address = address(seat);
+    part.at = network_.at(seat + 1);
+    part.cut_off = address(CUT_OFF);
     part.mic = is_at_the_sound_server(seat) ? "pulse:microphone"
                                             : "tone:" + std::to_string(300 + 100 * seat);
     part.speaker = is_at_the_sound_server(seat) ? "pulse:speaker" : "null";
@@ -85,14 +104,25 @@ void QD_Soak_Course::restore_windows(QD_Soak_Member& member, size_t number)
     member.switch_camera();
 }
 
+void QD_Soak_Course::feed_microphone()
+{
+    voice_.emplace(std::vector<std::string> {"sh", "-c",
+        "sox -q -n -t raw -r 8000 -e signed -b 16 -c 1 - synth 100000 sine 440 2>/dev/null"
+        " | pacat --raw --format=s16le --rate=8000 --channels=1 -d micfeed 2>/dev/null"});
+}
+
 void QD_Soak_Course::start_sound()
 {
     hold(sound_.start(), "the sound server does not start");
+    feed_microphone();
     const auto is_played = [&] {
         const std::string streams = qd_output("pactl list short sink-inputs | wc -l");
         return atoi(streams.c_str()) >= static_cast<int>(seats_.size()) - 2;
     };
     hold(qd_wait_for(is_played, PATIENCE), "nothing is played by the new sound server");
+    const auto start = QD_Soak_Ear::Clock::now();
+    hold(qd_wait_for([&] { return ear_->silent_since(start).empty(); }, PATIENCE),
+        "with the new sound server not heard:" + ear_->silent_since(start));
 }
 
 void QD_Soak_Course::restart_broker()
@@ -120,11 +150,14 @@ bool QD_Soak_Course::round()
     for (size_t number = 0; number < half_; ++number) {
         const size_t guest = half_ + number;
         leave(guest);
-        if (number == 0)
+        if (number == 0) {
+            const auto calm = disturbances_->calm();
             sound_.crash();
-        use_windows(*seats_[number], number);
-        if (number == 0)
+            use_windows(*seats_[number], number);
             start_sound();
+        } else {
+            use_windows(*seats_[number], number);
+        }
         join(guest);
         if (well())
             seats_[number]->put_away(seats_[guest]->label());
@@ -132,16 +165,23 @@ bool QD_Soak_Course::round()
         if (!well())
             return false;
     }
+    const auto calm = disturbances_->calm();
+    for (const auto& member : seats_)
+        member->lists(seats_.size() + 1);
     restart_broker();
     for (const auto& member : seats_)
-        member->lists(seats_.size());
+        member->lists(seats_.size() + 1);
     return well();
 }
 
 bool QD_Soak_Course::end()
 {
+    disturbances_->report();
+    hold(disturbances_->trouble().empty(), disturbances_->trouble());
+    disturbances_.reset();
     for (size_t seat = 0; seat < seats_.size(); ++seat)
         leave(seat);
     seats_.clear();
+    hold(ear_->leave(), "the ear does not end well");
     return well();
 }

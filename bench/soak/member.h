@@ -12,6 +12,8 @@ public:
         std::string address;
         std::string mic;
         std::string speaker;
+        std::vector<std::string> at; // what runs the command that follows it on its host
+        std::string cut_off;         // the address of whom the others may miss
     };
 
     /// Joins by the broker at that place, with its camera on.
@@ -58,6 +60,7 @@ private:
     void read_everything_printed();
 
     const std::string label_;
+    const std::string cut_off_;
     pid_t client_ = 0;
     std::optional<QD_Person> main_;
     std::optional<QD_Person> other_; // at any other window

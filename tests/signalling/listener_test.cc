@@ -158,17 +158,17 @@ TEST_F(ListenerTest, WithoutDescriptorsCallersAreSentAway)
     run(); // would go on for ever with a caller at the door
     ::setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_TRUE(ended(late[0]) && ended(late[1]));
+    if (sizeof QD_SANITIZED > 1)
+        return; // it could not have one for itself, either
     // Where not even one can be had to send somebody away, the door stays shut for a while.
     const QD_Fd waiting = caller(6);
     const rlimit fewer {5, before.rlim_max}; // polling needs as many
     ::setrlimit(RLIMIT_NOFILE, &fewer);
-    int passes = 0;
-    for (const auto end = QD_Clock::real().now() + 20ms; QD_Clock::real().now() < end;) {
-        reactor_.wait(-1, 1);
-        passes += reactor_.dispatch();
-    }
+    reactor_.wait(-1, 1);
+    EXPECT_EQ(reactor_.dispatch(), 1);
     ::setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_EQ(passes, 1);
+    reactor_.wait(-1, 1);
+    EXPECT_EQ(reactor_.dispatch(), 0) << "would go on for ever where they stay few";
     pass(1);
     const std::string message = qd_header_image(7, 0, "x", "host", 0);
     EXPECT_EQ(::send(waiting.get(), message.data(), message.size(), MSG_NOSIGNAL), 56);

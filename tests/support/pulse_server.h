@@ -36,6 +36,8 @@ public:
         });
     }
 
+    pid_t pid() const { return server_ ? server_->pid() : 0; }
+
     /// Kills it as a crash would.
     void crash() { server_.reset(); }
 

@@ -24,6 +24,8 @@ public:
     /// ":7"
     const std::string& display() const { return display_; }
 
+    pid_t pid() const { return server_->pid(); }
+
     /// Starts the window manager. Its coming is to be waited for.
     void manage() { manager_.emplace(std::vector<std::string> {"mwm", "-display", display_}); }
 
