@@ -71,7 +71,7 @@ Image::Image(const QD_Launch& launch)
     ::dup2(input, STDIN_FILENO);
     if (!launch.log_.empty()) {
         const int log = ::open(
-            launch.log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
+            launch.log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
         if (log < 0)
             complain("write", launch.log_.c_str());
         ::dup2(log, STDOUT_FILENO);
