@@ -37,6 +37,7 @@ build() {
             --extra-cflags="$instruments" --extra-ldflags="-fsanitize=address,undefined" \
             --enable-pic --disable-shared --enable-static --disable-everything --disable-asm \
             --disable-autodetect --disable-programs --disable-doc --disable-network \
+            --disable-avfilter --disable-postproc --disable-swresample \
             --enable-decoder=h261,h263 --enable-encoder=h261,h263 \
         && make -j "$2" install
 }

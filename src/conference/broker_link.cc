@@ -240,6 +240,8 @@ void QD_Broker_Link::subscribed(int count, const int* granted)
         published(MQTT_RC_NOT_AUTHORIZED);
         return;
     }
+    if (state_ != CONNECTING) // said twice, or while the link is closed
+        return;
     state_ = UP;
     deadline_ = QD_Clock::Time::max();
     came_up_ = true;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "media/read_thread.h"
-#include "platform/net/bytes.h"
 #include "signalling/session_control.h"
 #include "tests/fuzz/fuzz.h"
 
@@ -11,8 +10,8 @@
 
 /// An input is one chunk a datagram. Members 1, 2 and 3 join before them, and all leave behind
 /// them, so that every input begins with fresh ports, decoders and figures. In place of an empty
-/// datagram, which the kernel drops, a byte follows: so many more members come, or one of them
-/// leaves, or (0) all of them send the chunk behind it, with their own numbers in it.
+/// datagram, which the kernel drops, a byte follows: another member comes (0), or the one of that
+/// number goes.
 template <class APP> class QD_Datagrams {
 public:
     QD_Datagrams()
@@ -29,51 +28,30 @@ public:
     void feed(QD_Fuzz_Input input)
     {
         QD_AppReadThread reader(app_.get());
-        last_id_ = 0;
-        come(3);
+        int last_id = 0;
+        const auto come = [&] {
+            session_->new_member(
+                new QD_Member(nullptr, ++last_id, "m", htonl(INADDR_LOOPBACK + 1)));
+        };
+        while (last_id < 3)
+            come();
         while (!input.empty()) {
             const std::string datagram = input.chunk();
-            const int what = datagram.empty() ? input.byte() : 0;
-            if (!datagram.empty())
-                send(reader, datagram);
-            else if (what == 0)
-                send_as_all(reader, input.chunk());
-            else if (what < 128)
-                come(what);
-            else
-                session_->delete_member(what - 127);
+            if (!datagram.empty()) {
+                qd_require(::send(ends_[0], datagram.data(), datagram.size(), 0) > 0);
+                qd_require(reader.receive(ends_[1]) == 0);
+                session_->handle_member_events();
+            } else if (const int gone = input.byte(); gone != 0)
+                session_->delete_member(gone);
+            else if (last_id < 10)
+                come();
         }
-        for (int id = 1; id <= last_id_; ++id)
-            session_->delete_member(id);
+        for (; last_id > 0; --last_id)
+            session_->delete_member(last_id);
     }
 
 private:
-    static constexpr int CROWD = 250;
-
-    void come(int count)
-    {
-        for (int i = 0; i < count && last_id_ < CROWD; ++i)
-            session_->new_member(
-                new QD_Member(nullptr, ++last_id_, "m", htonl(INADDR_LOOPBACK + 1)));
-    }
-
-    void send(QD_AppReadThread& reader, const std::string& datagram)
-    {
-        qd_require(::send(ends_[0], datagram.data(), datagram.size(), 0) > 0);
-        qd_require(reader.receive(ends_[1]) == 0);
-        session_->handle_member_events();
-    }
-
-    void send_as_all(QD_AppReadThread& reader, std::string datagram)
-    {
-        for (int id = 1; id <= last_id_ && datagram.size() >= rtp_fix_header::WIRE_SIZE; ++id) {
-            qd_put_u32(reinterpret_cast<uint8_t*>(&datagram[8]), static_cast<uint32_t>(id));
-            send(reader, datagram);
-        }
-    }
-
     QD_Session_Ref session_;
     std::unique_ptr<APP> app_;
     int ends_[2];
-    int last_id_ = 0;
 };
