@@ -32,8 +32,9 @@ fetch() {
 
 build() {
     instruments="-g -fsanitize=address,undefined,fuzzer-no-link"
+    for configure in "$prefix"/apt/ffmpeg-*/configure; do :; done
     mkdir -p "$prefix/build" && cd "$prefix/build" \
-        && "$prefix"/apt/ffmpeg-*/configure --prefix="$prefix" --cc=clang-14 --cxx=clang++-14 \
+        && "$configure" --prefix="$prefix" --cc=clang-14 --cxx=clang++-14 \
             --extra-cflags="$instruments" --extra-ldflags="-fsanitize=address,undefined" \
             --enable-pic --disable-shared --enable-static --disable-everything --disable-asm \
             --disable-autodetect --disable-programs --disable-doc --disable-network \

@@ -62,7 +62,7 @@ int report_error(Display* display, XErrorEvent* error)
 }
 
 /// What the toolkit cannot go on from.
-void report_fatal(char* message)
+_X_NORETURN void report_fatal(char* message) // of the type, too, for clang
 {
     std::fprintf(stderr, "VkApp: %s\n", message);
     qd_end_process(EXIT_FAILURE);
