@@ -52,7 +52,7 @@ bench: build
 MINUTES ?= 10
 soak: configured
 	@MAKEFLAGS=--no-print-directory cmake --build $(BUILD) -j $(JOBS) --target soak
-	@$(BUILD)/soak $(MINUTES) 12
+	@$(BUILD)/soak $(MINUTES) 12 disturbed
 
 # Beneath PREFIX; with DESTDIR, as if PREFIX were in there.
 PREFIX ?= /usr/local

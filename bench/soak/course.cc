@@ -13,8 +13,9 @@ bool is_at_the_sound_server(size_t seat) { return seat < AT_THE_SOUND_SERVER; }
 }
 
 // The keyboard stays where the persons put it, whatever window comes or goes.
-QD_Soak_Course::QD_Soak_Course(size_t members) :
+QD_Soak_Course::QD_Soak_Course(size_t members, bool disturbed) :
     half_(members / 2),
+    disturbed_(disturbed),
     network_(static_cast<int>(2 * half_ + 1)) // the last one is the ear's
 {
     qd_write_file(dir_ / "resources",
@@ -65,6 +66,8 @@ bool QD_Soak_Course::begin(QD_Figures& figures)
             QD_Disturbances::Victims {[this] { return sound_.pid(); }, x_server_.pid(), broker_,
                 network_, static_cast<int>(CUT_OFF + 1)},
             *ear_);
+    if (trouble_.empty() && disturbed_)
+        disturbances_->start();
     return well();
 }
 
@@ -158,7 +161,10 @@ bool QD_Soak_Course::round()
         } else {
             use_windows(*seats_[number], number);
         }
-        join(guest);
+        {
+            const auto calm = disturbances_->calm(); // who comes has to find the broker
+            join(guest);
+        }
         if (well())
             seats_[number]->put_away(seats_[guest]->label());
         restore_windows(*seats_[number], number);
@@ -176,7 +182,8 @@ bool QD_Soak_Course::round()
 
 bool QD_Soak_Course::end()
 {
-    disturbances_->report();
+    if (disturbed_)
+        disturbances_->report();
     hold(disturbances_->trouble().empty(), disturbances_->trouble());
     disturbances_.reset();
     for (size_t seat = 0; seat < seats_.size(); ++seat)

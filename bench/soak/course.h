@@ -14,7 +14,8 @@
 /// window manager. Half of the members stay, half come and go.
 class QD_Soak_Course {
 public:
-    explicit QD_Soak_Course(size_t members);
+    /// With `disturbed` QD_Disturbances has its way meanwhile.
+    QD_Soak_Course(size_t members, bool disturbed);
 
     /// Brings everybody in, and has those who stay watched. Returns whether all went well, as do
     /// the others; what did not is printed.
@@ -22,8 +23,7 @@ public:
 
     /// Every round has the same in it: all guests leave and come back; whoever stays changes its
     /// options, switches its camera and opens every window there is; the sound server dies and is
-    /// started again, and so is the broker. Meanwhile QD_Disturbances has its way. In the end all
-    /// must know of all again.
+    /// started again, and so is the broker. In the end all must know of all again.
     bool round();
 
     bool end();
@@ -42,6 +42,7 @@ private:
 
     const QD_Temp_Dir dir_;
     const size_t half_; // seats below are those of members who stay
+    const bool disturbed_;
     QD_X_Server x_server_ {"1600x1200x24"};
     QD_Pulse_Server sound_;
     std::optional<QD_Process> voice_; // that the microphone hears

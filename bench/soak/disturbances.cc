@@ -25,6 +25,10 @@ QD_Disturbances::QD_Disturbances(const Victims& v, const QD_Soak_Ear& ear) : ear
         {"host cut off", seconds(45), [v] { v.network.set_cable(v.host, "down"); },
             [v] { v.network.set_cable(v.host, "up"); }, seconds(12), now + seconds(20)},
     };
+}
+
+void QD_Disturbances::start()
+{
     thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
 }
 

@@ -26,6 +26,9 @@ public:
 
     /// `ear` is where it is to be heard, and outlives this object.
     QD_Disturbances(const Victims& victims, const QD_Soak_Ear& ear);
+
+    /// Begins; nothing is disturbed before.
+    void start();
     ~QD_Disturbances();
 
     /// Nothing is disturbed as long as this is held; waits until nothing is.

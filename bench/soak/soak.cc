@@ -2,6 +2,7 @@
 #include "bench/soak/course.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -10,7 +11,7 @@ constexpr int FEWEST_ROUNDS = 3; // one to settle in, and two to compare
 int usage()
 {
     fprintf(stderr,
-        "usage: soak MINUTES MEMBERS\n"
+        "usage: soak MINUTES MEMBERS [disturbed]\n"
         "MEMBERS (4 to 60) is how many are there at most; whole rounds are gone.\n");
     return 2;
 }
@@ -19,8 +20,9 @@ int usage()
 
 int main(int argc, char** argv)
 {
-    const double minutes = argc == 3 ? atof(argv[1]) : -1;
-    const int members = argc == 3 ? atoi(argv[2]) : 0;
+    const bool disturbed = argc == 4 && strcmp(argv[3], "disturbed") == 0;
+    const double minutes = argc == 3 || disturbed ? atof(argv[1]) : -1;
+    const int members = argc > 2 ? atoi(argv[2]) : 0;
     if (minutes < 0 || members < 4 || members > 60)
         return usage();
     setvbuf(stdout, nullptr, _IOLBF, 0);
@@ -29,7 +31,7 @@ int main(int argc, char** argv)
     const auto elapsed
         = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
 
-    QD_Soak_Course course(static_cast<size_t>(members));
+    QD_Soak_Course course(static_cast<size_t>(members), disturbed);
     QD_Figures figures;
     bool well = course.begin(figures);
     int round = 0;
