@@ -103,6 +103,8 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv) :
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());
     VkAddFonts(base_);
+    // Nor is anything taken: what a window keeps to receive drags is not freed with it.
+    XtVaSetValues(XmGetXmDisplay(display_), XmNdragReceiverProtocolStyle, XmDRAG_NONE, nullptr);
     XtAddCallback(XmGetXmDisplay(display_), XmNdragStartCallback, refuse_drag, nullptr);
 }
 
