@@ -128,8 +128,22 @@ void QD_Soak_Course::start_sound()
         "with the new sound server not heard:" + ear_->silent_since(start));
 }
 
+// A broker or a host that has just returned is not found at once.
+void QD_Soak_Course::wait_for_broker()
+{
+    for (const auto& member : seats_)
+        hold(!member
+                || qd_wait_for(
+                    [&] {
+                        return member->count_said(" is lost: ") == member->count_said(" is back\n");
+                    },
+                    PATIENCE),
+            "not everybody has found the broker again");
+}
+
 void QD_Soak_Course::restart_broker()
 {
+    wait_for_broker();
     const auto said_once_more = [&](const std::string& text, const std::vector<size_t>& before) {
         for (size_t seat = 0; seat < seats_.size(); ++seat)
             hold(qd_wait_for(
@@ -163,15 +177,17 @@ bool QD_Soak_Course::round()
         }
         {
             const auto calm = disturbances_->calm(); // who comes has to find the broker
+            wait_for_broker();
             join(guest);
+            if (well())
+                seats_[number]->put_away(seats_[guest]->label());
         }
-        if (well())
-            seats_[number]->put_away(seats_[guest]->label());
         restore_windows(*seats_[number], number);
         if (!well())
             return false;
     }
     const auto calm = disturbances_->calm();
+    wait_for_broker();
     for (const auto& member : seats_)
         member->lists(seats_.size() + 1);
     restart_broker();

@@ -35,6 +35,7 @@ private:
     void restore_windows(QD_Soak_Member& member, size_t number);
     void start_sound();
     void feed_microphone();
+    void wait_for_broker();
     void restart_broker();
     static std::string address(size_t seat) { return "10.77.0." + std::to_string(seat + 1); }
     void hold(bool held, const std::string& what);
