@@ -45,7 +45,8 @@ void set_font_resolution(Display* display)
 }
 
 /// A drag holds up everything but itself until the button is released, and there is nothing here
-/// that it could move. So the middle button does nothing to a label, a button or a line of a list.
+/// that it could move. So the middle button does nothing to a label, a button or a line of a list,
+/// and windows do not tell of places to drop at, which the toolkit would keep when they go.
 void refuse_drag(Widget, XtPointer, XtPointer call)
 {
     static_cast<XmDragStartCallbackStruct*>(call)->doit = False;
@@ -103,9 +104,9 @@ VkApp::VkApp(const char* appClass, int* argc, char** argv) :
         XtNmappedWhenManaged, False, XtNwidth, 1, XtNheight, 1, nullptr);
     VkAddDefaults(base_, name, VkLooks());
     VkAddFonts(base_);
-    // Nor is anything taken: what a window keeps to receive drags is not freed with it.
-    XtVaSetValues(XmGetXmDisplay(display_), XmNdragReceiverProtocolStyle, XmDRAG_NONE, nullptr);
-    XtAddCallback(XmGetXmDisplay(display_), XmNdragStartCallback, refuse_drag, nullptr);
+    Widget everywhere = XmGetXmDisplay(display_);
+    XtAddCallback(everywhere, XmNdragStartCallback, refuse_drag, nullptr);
+    XtVaSetValues(everywhere, XmNdragReceiverProtocolStyle, XmDRAG_NONE, nullptr);
 }
 
 void VkApp::run()
