@@ -167,20 +167,20 @@ QD_File_Speaker::~QD_File_Speaker()
 
 QD_File_Speaker::File QD_File_Speaker::open(const std::string& name, Begin begin)
 {
-    const bool anew = begin == AT_START;
+    const bool fresh = begin == AT_START;
     SF_INFO info {};
-    if (anew) {
+    if (fresh) {
         info.samplerate = QD_AL_RATE;
         info.channels = 1;
         info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     }
     const std::string path = directory_ + "/" + name;
-    const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC | (anew ? O_CREAT | O_TRUNC : 0), 0600);
-    File file(fd < 0 ? nullptr : sf_open_fd(fd, anew ? SFM_WRITE : SFM_RDWR, &info, SF_TRUE));
+    const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC | (fresh ? O_CREAT | O_TRUNC : 0), 0600);
+    File file(fd < 0 ? nullptr : sf_open_fd(fd, fresh ? SFM_WRITE : SFM_RDWR, &info, SF_TRUE));
     if (!file && !std::exchange(told_, true))
         fprintf(stderr, "QD_SPEAKER: %s: %s\n", path.c_str(),
             fd < 0 ? strerror(errno) : sf_strerror(nullptr));
-    if (file && anew) // a file that nothing is written to is to be a valid one, too
+    if (file && fresh) // a file that nothing is written to is to be a valid one, too
         sf_command(file.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
     else if (file)
         sf_seek(file.get(), 0, SEEK_END);

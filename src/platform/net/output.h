@@ -1,4 +1,4 @@
-// Standard output and standard error that hold nobody up.
+// Standard output and standard error that never make the program wait.
 #pragma once
 
 /// Gives stdout and stderr a queue of QD_OUTPUT_QUEUE bytes each (one for both
