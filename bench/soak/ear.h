@@ -4,6 +4,7 @@
 #include "tests/support/network.h"
 #include "tests/support/seat.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
@@ -15,6 +16,7 @@
 #include <thread>
 
 /// Joins by a companion whose client is nothing but a link, and takes the packets of sound itself.
+/// Packets of silence, as a microphone gives that has stopped, do not count.
 class QD_Soak_Ear {
 public:
     using Clock = std::chrono::steady_clock;
@@ -52,6 +54,8 @@ public:
     bool leave() { return seat_.end() == 0; }
 
 private:
+    static constexpr ssize_t HEADER = 12;
+
     void listen(const std::stop_token& stop)
     {
         const QD_Fd fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -64,11 +68,27 @@ private:
             char packet[2048];
             sockaddr_in from {};
             socklen_t size = sizeof from;
-            ::recvfrom(
+            const ssize_t got = ::recvfrom(
                 fd.get(), packet, sizeof packet, 0, reinterpret_cast<sockaddr*>(&from), &size);
+            if (got <= HEADER || !has_sound(packet[1], {packet + HEADER, packet + got}))
+                continue;
             const std::lock_guard hold(mutex_);
             last_[ntohl(from.sin_addr.s_addr) & 0xff] = Clock::now();
         }
+    }
+
+    static bool has_sound(char type, const std::string& payload)
+    {
+        enum { ADPCM = 13, GSM = 14 };
+        constexpr size_t GSM_FRAME = 33; // of silence all are the same
+        if (type == GSM && payload.size() > GSM_FRAME)
+            return payload.substr(GSM_FRAME) != payload.substr(0, payload.size() - GSM_FRAME);
+        const size_t state = type == ADPCM ? 3 : 0;
+        const unsigned loudness = type == ADPCM ? 0x77 : 0xff; // codes without their signs
+        return std::any_of(
+            payload.begin() + static_cast<ptrdiff_t>(std::min(state, payload.size())),
+            payload.end(),
+            [=](char one) { return (static_cast<unsigned char>(one) & loudness) != 0; });
     }
 
     const int speakers_;
