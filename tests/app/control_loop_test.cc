@@ -38,8 +38,7 @@ TEST(ControlLoop, GoesOnWhileTheServerTakesNothing)
     EXPECT_TRUE(program.run_until([] { return QD_Session_Ref()->get_member(1) != nullptr; }));
     mainWindow->playVideo();
     Display* const other = XOpenDisplay(nullptr);
-    EXPECT_TRUE(
-        program.run_until([] { return QD_Session_Ref()->get_member(1)->get_shown() > 0; }));
+    EXPECT_TRUE(program.run_until([] { return QD_Session_Ref()->get_member(1)->get_shown() > 0; }));
     const auto answers = [&](int milliseconds) {
         program.framework.send_event(51, "ping");
         pollfd answer {program.framework.descriptor(), POLLIN, 0};

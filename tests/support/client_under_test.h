@@ -104,10 +104,7 @@ public:
         return qd_run({"xdotool", "mousemove", "--window", window_, "--", std::to_string(x),
             std::to_string(y), "mousedown", std::to_string(button)});
     }
-    static int let_go(int button)
-    {
-        return qd_run({"xdotool", "mouseup", std::to_string(button)});
-    }
+    static int let_go(int button) { return qd_run({"xdotool", "mouseup", std::to_string(button)}); }
 
     int press(const std::string& keys) const { return focus({"key", keys}); }
     int write(const std::string& text) const { return focus({"type", text}); }
