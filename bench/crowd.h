@@ -1,7 +1,7 @@
 // Many agents without clients in one process, over real connections to a broker.
 #pragma once
 
-#include "conference/agent.h"
+#include "conference/broker/agent.h"
 
 #include <algorithm>
 #include <functional>

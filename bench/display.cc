@@ -3,7 +3,7 @@
 // on Xvfb at depth 24 and 16. usage: bench_display [ROUNDS]
 #include "bench/budgets.h"
 #include "bench/percentile.h"
-#include "platform/net/wake.h"
+#include "platform/base/wake.h"
 #include "platform/vk/app.h"
 #include "signalling/member.h"
 #include "tests/support/bars.h"

@@ -1,6 +1,6 @@
 #include "bench/flood.h"
 
-#include "media/rtp_header.h"
+#include "media/base/rtp_header.h"
 #include "platform/net/udp_socket.h"
 
 #include <algorithm>

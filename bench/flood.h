@@ -1,7 +1,7 @@
 // Strangers who send rubbish to one datagram port at a steady rate.
 #pragma once
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "bench/video_link.h"
 
-#include "media/user_data.h"
+#include "media/base/user_data.h"
 #include "platform/vl/link_coder.h"
 #include "video/pacing.h"
 

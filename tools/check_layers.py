@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 """Holds the house to its layers.
 
-usage: check_layers.py ROOM [--file NAME]... [--uses ROOM_OR_HEADER]...
+usage: check_layers.py ROOM [ROOM_IT_MAY_USE]...
        check_layers.py --circles
 
-The first form fails if a file of src/ROOM includes a room that --uses does not
-name ("media/rtp_header" admits that one header), or an X header outside the
-rooms that may know X. --file keeps to the named files. The second form fails
-if files include one another in a circle. Run in the source root.
+The first form fails if a file of src/ROOM includes a file of another room that
+is not named, or an X header outside the rooms that may know X. The second form
+fails if files include one another in a circle. Run in the source root.
 """
 import argparse
 import pathlib
@@ -28,22 +27,16 @@ def room_of(header):
     return header.rsplit("/", 1)[0]
 
 
-def check_room(room, only, uses):
+def check_room(room, uses):
     bad = []
     files = [p for p in sorted((SRC / room).glob("*")) if p.suffix in (".h", ".cc")]
     for path in files:
-        if only and path.stem not in only:
-            continue
         for kind, header in includes(path):
             if kind == "<":
                 if X_HEADER.match(header) and room not in X_ROOMS:
                     bad.append(f"{path}: <{header}> belongs to {', '.join(X_ROOMS)}")
-                continue
-            own = room_of(header) == room
-            if not own and room_of(header) not in uses and header.removesuffix(".h") not in uses:
+            elif room_of(header) not in [room, *uses]:
                 bad.append(f'{path}: "{header}" is not among: {" ".join(uses) or "nothing"}')
-            if own and only and pathlib.Path(header).stem not in only:
-                bad.append(f'{path}: "{header}" lies above it')
     return bad
 
 
@@ -71,11 +64,10 @@ def check_circles():
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("room", nargs="?")
-    parser.add_argument("--file", action="append", default=[])
-    parser.add_argument("--uses", action="append", default=[])
+    parser.add_argument("uses", nargs="*")
     parser.add_argument("--circles", action="store_true")
     args = parser.parse_args()
-    bad = check_circles() if args.circles else check_room(args.room, args.file, args.uses)
+    bad = check_circles() if args.circles else check_room(args.room, args.uses)
     print("\n".join(bad))
     return 1 if bad else 0
 

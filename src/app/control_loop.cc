@@ -2,7 +2,7 @@
 
 #include "app/main_window.h"
 #include "app/termination.h"
-#include "platform/net/process_end.h"
+#include "platform/base/process_end.h"
 #include "platform/vk/app.h"
 
 #include <cstdlib>

@@ -2,7 +2,7 @@
 
 #include "app/actions.h"
 #include "app/control_loop.h"
-#include "platform/net/process_end.h"
+#include "platform/base/process_end.h"
 #include "platform/vk/app.h"
 #include "platform/vk/wm_hints.h"
 #include "signalling/peer_lines.h"

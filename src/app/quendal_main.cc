@@ -2,7 +2,7 @@
 #include "app/control_loop.h"
 #include "app/main_window.h"
 #include "app/termination.h"
-#include "platform/net/output.h"
+#include "platform/base/output.h"
 #include "platform/vk/app.h"
 
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "app/termination.h"
 
-#include "platform/net/signals.h"
-#include "platform/net/wake.h"
+#include "platform/base/signals.h"
+#include "platform/base/wake.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "audio/audio_app.h"
 
 #include "platform/al/al.h"
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // The thread that captures, codes and sends sound.
 #pragma once
 
-#include "platform/net/thread.h"
+#include "platform/base/thread.h"
 
 class QD_AudioApp;
 

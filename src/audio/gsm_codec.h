@@ -1,7 +1,7 @@
 // GSM 06.10 full rate speech coding, a packet at a time.
 #pragma once
 
-#include "platform/net/mutex.h"
+#include "platform/base/mutex.h"
 
 #include <cstdint>
 #include <gsm/gsm.h>

@@ -1,8 +1,8 @@
 // The level that a meter shows: the loudest of the frames just heard.
 #pragma once
 
-#include "platform/net/clock.h"
-#include "platform/net/mutex.h"
+#include "platform/base/clock.h"
+#include "platform/base/mutex.h"
 
 #include <algorithm>
 #include <array>

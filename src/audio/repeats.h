@@ -1,8 +1,8 @@
 // Which packets have come before.
 #pragma once
 
-#include "media/rtp_header.h"
-#include "platform/net/clock.h"
+#include "media/base/rtp_header.h"
+#include "platform/base/clock.h"
 
 #include <algorithm>
 #include <array>

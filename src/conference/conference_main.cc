@@ -1,10 +1,10 @@
 // quendal-conference: conferences on this machine and across machines.
 
-#include "conference/across_machines.h"
-#include "conference/broker_url.h"
-#include "conference/companion.h"
-#include "conference/demo.h"
-#include "conference/surroundings.h"
+#include "conference/base/surroundings.h"
+#include "conference/broker/across_machines.h"
+#include "conference/broker/broker_url.h"
+#include "conference/demo/demo.h"
+#include "conference/local/companion.h"
 
 #include <iostream>
 

@@ -1,7 +1,7 @@
 #include "framework/orvik_control.h"
 
-#include "framework/event.h"
-#include "framework/member_record.h"
+#include "framework/link/event.h"
+#include "framework/link/member_record.h"
 
 #include <cstdio>
 #include <memory>

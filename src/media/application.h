@@ -1,10 +1,10 @@
 // What both media have in common: a socket, a sender, a receiver.
 #pragma once
 
+#include "media/base/rtp_header.h"
 #include "media/read_thread.h"
-#include "media/rtp_header.h"
-#include "platform/net/fd.h"
-#include "platform/net/mutex.h"
+#include "platform/base/fd.h"
+#include "platform/base/mutex.h"
 #include "platform/net/neighbours.h"
 #include "signalling/session_control.h"
 

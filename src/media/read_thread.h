@@ -1,7 +1,7 @@
 // The thread that receives one medium's datagrams.
 #pragma once
 
-#include "platform/net/thread.h"
+#include "platform/base/thread.h"
 #include "signalling/roster.h"
 
 #include <memory>

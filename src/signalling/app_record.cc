@@ -1,6 +1,6 @@
 #include "signalling/app_record.h"
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 
 #include <algorithm>
 

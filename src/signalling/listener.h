@@ -1,7 +1,7 @@
 // Where other members' streams arrive.
 #pragma once
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 #include "platform/net/reactor.h"
 #include "signalling/places.h"
 

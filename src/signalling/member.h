@@ -1,11 +1,11 @@
 // One member of the conference.
 #pragma once
 
-#include "media/user_data.h"
+#include "media/base/user_data.h"
+#include "platform/base/semaphore.h"
+#include "platform/base/wake.h"
 #include "platform/net/reactor.h"
-#include "platform/net/semaphore.h"
 #include "platform/net/sock_stream.h"
-#include "platform/net/wake.h"
 #include "signalling/participant.h"
 #include "signalling/views.h"
 

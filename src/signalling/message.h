@@ -1,7 +1,7 @@
 // A header and the body it announces, on a stream.
 #pragma once
 
-#include "platform/net/trace.h"
+#include "platform/base/trace.h"
 #include "signalling/peer_lines.h"
 
 /// What is received or sent whole. The body belongs to the message until

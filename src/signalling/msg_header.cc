@@ -1,8 +1,8 @@
 #include "signalling/msg_header.h"
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
+#include "platform/base/trace.h"
 #include "platform/net/sock_library.h"
-#include "platform/net/trace.h"
 #include "signalling/peer_lines.h"
 #include "signalling/session_control.h"
 

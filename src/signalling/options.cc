@@ -1,6 +1,6 @@
 #include "signalling/options.h"
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "signalling/options_file.h"
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <array>
 #include <cstdlib>

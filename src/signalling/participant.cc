@@ -1,6 +1,6 @@
 #include "signalling/participant.h"
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

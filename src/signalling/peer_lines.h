@@ -1,7 +1,7 @@
 // Lines on standard output that other hosts bring about.
 #pragma once
 
-#include "platform/net/clock.h"
+#include "platform/base/clock.h"
 
 #include <cstdint>
 #include <map>

@@ -1,7 +1,7 @@
 // The session controller's part in calls: invitations, answers and what members
 // tell one another.
+#include "platform/base/utf8.h"
 #include "platform/net/sock_library.h"
-#include "platform/net/utf8.h"
 #include "signalling/app_record.h"
 #include "signalling/qd_message.h"
 #include "signalling/session_control.h"

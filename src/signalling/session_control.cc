@@ -1,8 +1,8 @@
 #include "signalling/session_control.h"
 
-#include "platform/net/process_end.h"
+#include "platform/base/process_end.h"
+#include "platform/base/utf8.h"
 #include "platform/net/sock_library.h"
-#include "platform/net/utf8.h"
 #include "signalling/connector.h"
 #include "signalling/options_file.h"
 

@@ -1,10 +1,10 @@
 // The one object that knows the conference: members, local user, options.
 #pragma once
 
-#include "platform/net/mutex.h"
+#include "platform/base/mutex.h"
+#include "platform/base/semaphore.h"
+#include "platform/base/wake.h"
 #include "platform/net/reactor.h"
-#include "platform/net/semaphore.h"
-#include "platform/net/wake.h"
 #include "signalling/call_policy.h"
 #include "signalling/member.h"
 #include "signalling/options.h"

@@ -1,9 +1,9 @@
 // What watches a member stream and serves the messages that arrive on it.
 #pragma once
 
+#include "platform/base/trace.h"
 #include "platform/net/reactor.h"
 #include "platform/net/sock_stream.h"
-#include "platform/net/trace.h"
 #include "signalling/places.h"
 
 #include <chrono>

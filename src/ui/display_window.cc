@@ -1,6 +1,6 @@
 #include "ui/display_window.h"
 
-#include "platform/net/utf8.h"
+#include "platform/base/utf8.h"
 #include "platform/vk/wm_hints.h"
 #include "signalling/member.h"
 

@@ -1,6 +1,6 @@
 #include "ui/dpy_form.h"
 
-#include "platform/net/utf8.h"
+#include "platform/base/utf8.h"
 #include "platform/vk/text.h"
 
 #include <Xm/TextF.h>

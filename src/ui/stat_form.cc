@@ -1,6 +1,6 @@
 #include "ui/stat_form.h"
 
-#include "media/user_data.h"
+#include "media/base/user_data.h"
 #include "platform/vk/simple_window.h"
 #include "platform/vk/text.h"
 #include "signalling/session_control.h"

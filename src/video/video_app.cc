@@ -1,6 +1,6 @@
 #include "video/video_app.h"
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 #include "platform/vl/vl.h"
 
 #include <algorithm>

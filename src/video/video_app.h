@@ -3,7 +3,7 @@
 
 #include "media/application.h"
 #include "media/slot_table.h"
-#include "platform/net/semaphore.h"
+#include "platform/base/semaphore.h"
 #include "platform/vl/picture.h"
 #include "video/capture_thread.h"
 #include "video/pacing.h"

@@ -1,5 +1,5 @@
 #include "audio/adpcm.h"
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 #include "tests/support/temp_dir.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // by which its current directory is called: `fake_client AID SID AT PORT`. What it
 // receives goes, one payload a line, in hexadecimal digits, to the file "payloads".
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 
 #include <arpa/inet.h>
 #include <csignal>

@@ -1,5 +1,5 @@
 // Sound between real clients: what one hears is what the other's microphone took.
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 #include "tests/support/client_under_test.h"
 #include "tests/support/signal_math.h"
 #include "tests/support/udp_peer.h"

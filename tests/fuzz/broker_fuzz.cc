@@ -1,4 +1,4 @@
-#include "conference/broker_link.h"
+#include "conference/broker/broker_link.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/support/loopback.h"
 

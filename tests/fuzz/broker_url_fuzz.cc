@@ -1,4 +1,4 @@
-#include "conference/broker_url.h"
+#include "conference/broker/broker_url.h"
 #include "tests/fuzz/fuzz.h"
 
 // A URL.

@@ -1,4 +1,4 @@
-#include "conference/commands.h"
+#include "conference/local/commands.h"
 #include "tests/fuzz/fuzz.h"
 
 #include <algorithm>

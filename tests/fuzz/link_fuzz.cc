@@ -1,6 +1,6 @@
-#include "conference/event_link.h"
-#include "framework/event.h"
-#include "framework/member_record.h"
+#include "conference/link/event_link.h"
+#include "framework/link/event.h"
+#include "framework/link/member_record.h"
 #include "tests/fuzz/fuzz.h"
 
 #include <arpa/inet.h>

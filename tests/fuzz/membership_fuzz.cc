@@ -1,4 +1,4 @@
-#include "conference/membership.h"
+#include "conference/broker/membership.h"
 #include "tests/fuzz/fuzz.h"
 
 #include <functional>

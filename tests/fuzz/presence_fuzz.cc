@@ -1,4 +1,4 @@
-#include "conference/presence.h"
+#include "conference/broker/presence.h"
 #include "tests/fuzz/fuzz.h"
 
 // One record, as it lies on the broker.

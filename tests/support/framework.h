@@ -1,8 +1,8 @@
 // The framework's end of the link, played by the test; bytes written by hand.
 #pragma once
 
-#include "platform/net/bytes.h"
-#include "platform/net/fd.h"
+#include "platform/base/bytes.h"
+#include "platform/base/fd.h"
 #include "tests/support/loopback.h"
 
 #include <sys/socket.h>

@@ -4,7 +4,7 @@
 
 #include "tests/support/process.h"
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>

@@ -1,7 +1,7 @@
 // A member stream with the test at its other end; bytes written by hand.
 #pragma once
 
-#include "platform/net/bytes.h"
+#include "platform/base/bytes.h"
 #include "signalling/svc_handler.h"
 
 #include <string>

@@ -1,7 +1,7 @@
 // A clock that goes when it is told to.
 #pragma once
 
-#include "platform/net/clock.h"
+#include "platform/base/clock.h"
 
 struct QD_Test_Clock : QD_Clock {
     Time time {std::chrono::hours(1)};

@@ -1,6 +1,6 @@
 #include "tests/ui/ui_test.h"
 
-#include "media/user_data.h"
+#include "media/base/user_data.h"
 
 #include <Xm/List.h>
 

@@ -2,7 +2,7 @@
 
 #include "platform/al/headless.h"
 #include "platform/al/pulse.h"
-#include "platform/net/choice.h"
+#include "platform/base/choice.h"
 
 namespace {
 

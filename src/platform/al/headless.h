@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/al/device.h"
-#include "platform/net/clock.h"
-#include "platform/net/mutex.h"
-#include "platform/net/thread.h"
+#include "platform/base/clock.h"
+#include "platform/base/mutex.h"
+#include "platform/base/thread.h"
 
 #include <functional>
 #include <map>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/al/sample_queue.h"
-#include "platform/net/clock.h"
-#include "platform/net/mutex.h"
-#include "platform/net/wake.h"
+#include "platform/base/clock.h"
+#include "platform/base/mutex.h"
+#include "platform/base/wake.h"
 
 #include <atomic>
 #include <cstdint>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/al/port.h"
-#include "platform/net/thread.h"
+#include "platform/base/thread.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,7 +1,7 @@
 // What a reactor tells when a descriptor is ready.
 #pragma once
 
-#include "platform/net/clock.h"
+#include "platform/base/clock.h"
 
 /// The kinds of readiness a handler can be registered for, one by one.
 enum Event_Type { QD_EVENT_READ = 2, QD_EVENT_WRITE = 4 };

@@ -1,6 +1,6 @@
 #include "platform/net/host_address.h"
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
 #include "platform/net/host_names.h"
 
-#include "platform/net/create_thread.h"
+#include "platform/base/create_thread.h"
 
 std::string QD_Host_Names::find(uint32_t address)
 {

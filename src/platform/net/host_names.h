@@ -1,7 +1,7 @@
 // Names of hosts, looked up off the threads that ask.
 #pragma once
 
-#include "platform/net/mutex.h"
+#include "platform/base/mutex.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,6 +1,6 @@
 #include "platform/net/local_address.h"
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

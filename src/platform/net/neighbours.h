@@ -1,8 +1,8 @@
 // Which hosts of the local network do not answer when the system asks for their hardware address.
 #pragma once
 
-#include "platform/net/clock.h"
-#include "platform/net/fd.h"
+#include "platform/base/clock.h"
+#include "platform/base/fd.h"
 
 #include <cstdint>
 #include <span>

@@ -1,6 +1,6 @@
 #include "platform/net/sock_library.h"
 
-#include "platform/net/create_thread.h"
+#include "platform/base/create_thread.h"
 #include "platform/net/host_names.h"
 #include "platform/net/local_address.h"
 

@@ -1,6 +1,6 @@
 #include "platform/net/sock_stream.h"
 
-#include "platform/net/clock.h"
+#include "platform/base/clock.h"
 #include "platform/net/sock_library.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // A TCP stream between two members, and what opens one.
 #pragma once
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // The datagram socket of one medium.
 #pragma once
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <cstdint>
 

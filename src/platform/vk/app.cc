@@ -1,6 +1,6 @@
 #include "platform/vk/app.h"
 
-#include "platform/net/process_end.h"
+#include "platform/base/process_end.h"
 #include "platform/vk/looks.h"
 #include "platform/vk/resources.h"
 #include "platform/vk/simple_window.h"

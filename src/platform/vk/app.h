@@ -1,7 +1,7 @@
 // The application as the toolkit sees it: display connection, resources, event loop.
 #pragma once
 
-#include "platform/net/fd.h"
+#include "platform/base/fd.h"
 
 #include <X11/Intrinsic.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 #include "platform/vk/text.h"
 
-#include "platform/net/utf8.h"
+#include "platform/base/utf8.h"
 #include "platform/vk/resources.h"
 
 #include <Xm/TextF.h>

@@ -1,6 +1,6 @@
 #include "platform/vl/camera.h"
 
-#include "platform/net/choice.h"
+#include "platform/base/choice.h"
 #include "platform/vl/av_camera.h"
 #include "platform/vl/test_card.h"
 

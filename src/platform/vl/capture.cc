@@ -1,6 +1,6 @@
 #include "platform/vl/capture.h"
 
-#include "platform/net/mutex.h"
+#include "platform/base/mutex.h"
 
 #include <algorithm>
 #include <cstring>

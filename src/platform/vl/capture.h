@@ -1,8 +1,8 @@
 // The camera behind getFrame(): always a picture, in bounded time.
 #pragma once
 
-#include "platform/net/clock.h"
-#include "platform/net/thread.h"
+#include "platform/base/clock.h"
+#include "platform/base/thread.h"
 #include "platform/vl/camera.h"
 #include "platform/vl/test_card.h"
 

@@ -1,6 +1,6 @@
 #include "platform/vl/vl.h"
 
-#include "platform/net/clock.h"
+#include "platform/base/clock.h"
 #include "platform/vl/camera.h"
 #include "platform/vl/capture.h"
 #include "platform/vl/codec.h"

@@ -1,6 +1,6 @@
 #include "platform/net/host_names.h"
 
-#include "platform/net/semaphore.h"
+#include "platform/base/semaphore.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

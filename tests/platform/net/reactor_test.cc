@@ -1,6 +1,6 @@
 #include "platform/net/reactor.h"
 
-#include "platform/net/wake.h"
+#include "platform/base/wake.h"
 
 #include <gtest/gtest.h>
 
