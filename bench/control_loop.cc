@@ -21,14 +21,15 @@ int measure_inputs()
     char number[] = "1";
     std::string port = framework.port();
     char* argv[] = {number, number, number, number, port.data(), nullptr};
-    ctrlWorkProcHandle = XtAppAddWorkProc(theApplication->appContext(), ctrlWorkProc, &termination);
+    ctrlWorkProcHandle
+        = XtAppAddWorkProc(theApplication->app_context(), ctrlWorkProc, &termination);
     mainWindow = new MainWindowMainWindow("bench", argv, 5, termination.get_handle());
     mainWindow->show();
     framework.accept();
     qd_pump();
     // Not one that opens anything.
     const std::vector<double> milliseconds
-        = QD_Finger(qd_find(mainWindow->baseWidget(), "acceptButton")).press_often(INPUTS, 60);
+        = QD_Finger(qd_find(mainWindow->base_widget(), "acceptButton")).press_often(INPUTS, 60);
     printf("input to callback entered, %zu presses: median %.2f ms\n", milliseconds.size(),
         qd_median(milliseconds));
     delete mainWindow;

@@ -11,22 +11,22 @@
 class QD_Crowd_Member : private QD_Conference_Events {
 public:
     QD_Crowd_Member(const QD_Broker_Url& url, const std::string& name, uint32_t address) :
-        agent_(url, {name, address}, *this)
+        agent(url, {name, address}, *this)
     {
     }
 
     /// How many members it knows of, itself included.
-    size_t members() const { return in_ ? agent_.membership().others().size() + 1 : 0; }
+    size_t members() const { return in_ ? agent.membership().others().size() + 1 : 0; }
 
-    QD_Agent agent_;
-    std::string failure_;
+    QD_Agent agent;
+    std::string failure;
 
 private:
-    void admitted(const QD_Presence&) override { agent_.ready(); }
+    void admitted(const QD_Presence&) override { agent.ready(); }
     void came(const QD_Presence&) override { in_ = true; }
     void went(const QD_Presence&, const char*) override {}
     void say(const std::string&, const std::string&) override {}
-    void failed(const std::string& why) override { failure_ = why; }
+    void failed(const std::string& why) override { failure = why; }
 
     bool in_ = false;
 };
@@ -39,15 +39,15 @@ public:
     {
         QD_Broker_Url read;
         QD_Broker_Url::parse(url, read);
-        const auto number = static_cast<uint32_t>(members_.size());
-        members_.push_back(std::make_unique<QD_Crowd_Member>(
+        const auto number = static_cast<uint32_t>(members.size());
+        members.push_back(std::make_unique<QD_Crowd_Member>(
             read, name, 0x7f200000 + number / 200 * 256 + number % 200 + 1));
     }
 
     /// Whether all know of so many members.
     bool all_know(size_t count) const
     {
-        return std::all_of(members_.begin(), members_.end(),
+        return std::all_of(members.begin(), members.end(),
             [&](const auto& member) { return member->members() == count; });
     }
 
@@ -68,25 +68,25 @@ public:
         run_until([] { return false; }, time);
     }
 
-    std::vector<std::unique_ptr<QD_Crowd_Member>> members_;
+    std::vector<std::unique_ptr<QD_Crowd_Member>> members;
 
 private:
     void pass()
     {
         polled_.clear();
         owners_.clear();
-        for (auto& member : members_) {
-            member->agent_.watch(polled_);
+        for (auto& member : members) {
+            member->agent.watch(polled_);
             owners_.resize(polled_.size(), member.get());
         }
         ::poll(polled_.data(), polled_.size(), 5);
         for (size_t i = 0; i < polled_.size(); ++i)
             if (polled_[i].revents != 0)
-                owners_[i]->agent_.serve();
+                owners_[i]->agent.serve();
         const auto now = QD_Clock::real().now();
-        for (auto& member : members_)
-            if (member->agent_.deadline() <= now)
-                member->agent_.serve();
+        for (auto& member : members)
+            if (member->agent.deadline() <= now)
+                member->agent.serve();
     }
 
     std::vector<pollfd> polled_;

@@ -32,8 +32,8 @@ double milliseconds_since(Clock::time_point start)
 void pump()
 {
     XSync(theApplication->display(), False);
-    while (theApplication->pendingInput())
-        XtAppProcessEvent(theApplication->appContext(), XtIMAll);
+    while (theApplication->pending_input())
+        XtAppProcessEvent(theApplication->app_context(), XtIMAll);
 }
 
 /// Two pictures in turn, so that nothing stays the same.
@@ -51,7 +51,7 @@ double convert_and_put(int times, int rounds)
     DisplayWindowMainWindow window("bench");
     window.show();
     const int texts = Dpy_form::HEIGHT - VkPictureDisplay::HEIGHT;
-    XtVaSetValues(window.baseWidget(), XtNwidth, VkPictureDisplay::WIDTH * times, XtNheight,
+    XtVaSetValues(window.base_widget(), XtNwidth, VkPictureDisplay::WIDTH * times, XtNheight,
         VkPictureDisplay::HEIGHT * times + texts, nullptr);
     pump();
     window.init_surface();
@@ -70,7 +70,7 @@ double convert_and_put(int times, int rounds)
 /// the server answers that it has drawn all.
 double posted_to_drawn(int rounds)
 {
-    QD_Display_Windows windows(theApplication->baseWidget());
+    QD_Display_Windows windows(theApplication->base_widget());
     QD_Wake wake;
     QD_Member member("bench", 0);
     member.set_display(&windows, &wake);
@@ -91,7 +91,7 @@ double posted_to_drawn(int rounds)
     std::vector<double> spent;
     while (static_cast<int>(spent.size()) < rounds) {
         pollfd watched[]
-            = {{wake.get(), POLLIN, 0}, {theApplication->connectionNumber(), POLLIN, 0}};
+            = {{wake.get(), POLLIN, 0}, {theApplication->connection_number(), POLLIN, 0}};
         ::poll(watched, 2, 100);
         if (wake.take()) {
             member.handle_events();

@@ -53,7 +53,7 @@ public:
             press(); // the loop returns only at an event
         });
         while (!done)
-            XtAppProcessEvent(theApplication->appContext(), XtIMAll);
+            XtAppProcessEvent(theApplication->app_context(), XtIMAll);
         person.join();
         return milliseconds;
     }

@@ -36,9 +36,9 @@ double own_cpu_seconds()
 /// Who could not join, and why: the first of them.
 void print_failures(const QD_Crowd& crowd)
 {
-    for (const auto& member : crowd.members_)
-        if (!member->failure_.empty()) {
-            printf("  %s\n", member->failure_.c_str());
+    for (const auto& member : crowd.members)
+        if (!member->failure.empty()) {
+            printf("  %s\n", member->failure.c_str());
             return;
         }
 }
@@ -78,7 +78,7 @@ int many_conferences(int count)
     std::vector<double> took; // until all of a conference know all; below 0: they do not yet
     const auto look = [&] {
         for (size_t i = 0; i < took.size(); ++i) {
-            const auto* const first = &crowd.members_[i * SIZE];
+            const auto* const first = &crowd.members[i * SIZE];
             if (took[i] < 0 && std::all_of(first, first + SIZE, [&](const auto& m) {
                     return m->members() == SIZE;
                 }))

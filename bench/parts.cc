@@ -154,17 +154,17 @@ int measure_adpcm()
 // For information: a packet of sound in our wrapper, and by the library alone.
 void measure_gsm()
 {
-    constexpr size_t samples = QD_Gsm_Codec::SAMPLES;
-    constexpr size_t bytes = QD_Gsm_Codec::PACKET_SIZE;
-    const std::vector<short> voice = make_voice(ROUNDS * samples);
+    constexpr size_t SAMPLES = QD_Gsm_Codec::SAMPLES;
+    constexpr size_t BYTES = QD_Gsm_Codec::PACKET_SIZE;
+    const std::vector<short> voice = make_voice(ROUNDS * SAMPLES);
     QD_Gsm_Codec ours;
-    std::array<uint8_t, bytes> packet;
-    std::array<short, samples> heard;
+    std::array<uint8_t, BYTES> packet;
+    std::array<short, SAMPLES> heard;
     const std::unique_ptr<gsm_state, void (*)(gsm)> library(gsm_create(), gsm_destroy);
     Times coding;
     Times decoding;
     for (size_t round = 0; round < ROUNDS; ++round) {
-        const std::span<const short, samples> in(&voice[round * samples], samples);
+        const std::span<const short, SAMPLES> in(&voice[round * SAMPLES], SAMPLES);
         coding.ours.push_back(microseconds([&] { ours.encode(in, packet); }));
         decoding.ours.push_back(microseconds([&] { ours.decode(packet, heard); }));
         coding.theirs.push_back(microseconds([&] {
@@ -177,7 +177,7 @@ void measure_gsm()
         }));
     }
     printf("GSM, %zu samples: coded %.1f us, libgsm %.1f us; decoded %.1f us, libgsm %.1f us\n",
-        samples, qd_median(coding.ours), qd_median(coding.theirs), qd_median(decoding.ours),
+        SAMPLES, qd_median(coding.ours), qd_median(coding.theirs), qd_median(decoding.ours),
         qd_median(decoding.theirs));
 }
 

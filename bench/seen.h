@@ -23,8 +23,9 @@ public:
     {
         Window child = 0;
         return display_ != nullptr
-            && XTranslateCoordinates(display_.get(), window, DefaultRootWindow(display_.get()), 0,
-                0, &left_, &top_, &child);
+            && (XTranslateCoordinates(display_.get(), window, DefaultRootWindow(display_.get()), 0,
+                    0, &left_, &top_, &child)
+                != 0);
     }
 
     /// To be called more often than pictures come; keeps what has changed.

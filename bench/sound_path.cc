@@ -142,9 +142,9 @@ int measure_sending()
     constexpr struct {
         const char* name;
         Connection connection;
-    } codecs[] = {{"PCM", _lan}, {"ADPCM", _isdn}, {"GSM", _modem28}};
+    } CODECS[] = {{"PCM", _lan}, {"ADPCM", _isdn}, {"GSM", _modem28}};
     double slowest = 0;
-    for (const auto& codec : codecs) {
+    for (const auto& codec : CODECS) {
         _options options;
         options.connection = codec.connection;
         app.update_options(&options);

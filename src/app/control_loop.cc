@@ -48,7 +48,7 @@ void call_instead_in(unsigned long milliseconds, XtPointer client)
 {
     if (instead != 0)
         XtRemoveTimeOut(instead);
-    instead = XtAppAddTimeOut(theApplication->appContext(), milliseconds, call_instead, client);
+    instead = XtAppAddTimeOut(theApplication->app_context(), milliseconds, call_instead, client);
 }
 
 void call_instead(XtPointer client, XtIntervalId* /*due*/)
@@ -63,7 +63,7 @@ void call_instead(XtPointer client, XtIntervalId* /*due*/)
 Boolean ctrlWorkProc(XtPointer client)
 {
     call_instead_in(MISSED_MS, client);
-    pass(client, theApplication->pendingInput() ? 0 : QD_Orvik_Control::WAIT_MS);
+    pass(client, theApplication->pending_input() ? 0 : QD_Orvik_Control::WAIT_MS);
     return False;
 }
 

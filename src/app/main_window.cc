@@ -63,25 +63,25 @@ MainWindowMainWindow* window(XtPointer self) { return static_cast<MainWindowMain
 
 MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int argc, int wake_fd) :
     VkWindow(name, DEFAULTS),
-    displays_(baseWidget())
+    displays_(base_widget())
 {
-    qd_add_actions(theApplication->appContext());
-    form_ = new MainForm("mainForm", mainWindowWidget());
+    qd_add_actions(theApplication->app_context());
+    form_ = new MainForm("mainForm", main_window_widget());
     XtVaSetValues(
-        form_->baseWidget(), XtNwidth, MainForm::WIDTH, XtNheight, MainForm::HEIGHT, nullptr);
-    addView(std::unique_ptr<VkComponent>(form_));
+        form_->base_widget(), XtNwidth, MainForm::WIDTH, XtNheight, MainForm::HEIGHT, nullptr);
+    add_view(std::unique_ptr<VkComponent>(form_));
     form_->setParent(this);
     XtAddCallback(form_->callButton(), XmNactivateCallback, callCallback, this);
     build_menus();
-    setFirstFocus(form_->usersList());
-    VkConfigureWM(baseWidget(), 1, 0, 1, 1, 0, 1, 1);
+    set_first_focus(form_->usersList());
+    VkConfigureWM(base_widget(), 1, 0, 1, 1, 0, 1, 1);
 
     session_ = QD_Session_Control::instance();
     session_->set_display_factory(&displays_);
     XtSetSensitive(form_->callButton(), session_->call_policy().any());
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
     session_->setGUI(this, form_);
-    reactor_.add_wake(theApplication->connectionNumber());
+    reactor_.add_wake(theApplication->connection_number());
     reactor_.add_wake(session_->get_wake().get());
     reactor_.add_wake(wake_fd);
     reactor_.set_poll([](pollfd* polled, nfds_t count, int milliseconds) {
@@ -97,13 +97,13 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
 
 void MainWindowMainWindow::build_menus()
 {
-    VkMenuPane* file = addMenuPane("filePane");
-    file->addAction("exitButton", quitCallback, this);
-    VkMenuPane* edit = addMenuPane("editPane");
-    edit->addAction("optionsButton", optionsCallback, this);
-    VkMenuPane* view = addMenuPane("viewPane");
-    view->addAction("audioPanelButton", audioPanelCallback, this);
-    view->addAction("statButton", statisticsCallback, this);
+    VkMenuPane* file = add_menu_pane("filePane");
+    file->add_action("exitButton", quitCallback, this);
+    VkMenuPane* edit = add_menu_pane("editPane");
+    edit->add_action("optionsButton", optionsCallback, this);
+    VkMenuPane* view = add_menu_pane("viewPane");
+    view->add_action("audioPanelButton", audioPanelCallback, this);
+    view->add_action("statButton", statisticsCallback, this);
 }
 
 // Every way out begins here: audio, then video, the idle procedure, the form.
@@ -122,7 +122,7 @@ void MainWindowMainWindow::close_media()
     delete call_window_;
     listener_.close();
     reactor_.clear(); // the member streams
-    destroyWidgets();
+    destroy_widgets();
 }
 
 MainWindowMainWindow::~MainWindowMainWindow()
@@ -155,7 +155,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
     reactor_.dispatch();
     qd_peer_lines().settle();
     session_->clear_failed_invitation();
-    form_->applyStartState(session_->get_member(session_->get_local_id()) != nullptr);
+    form_->apply_start_state(session_->get_member(session_->get_local_id()) != nullptr);
     draw_levels();
     return result;
 }
@@ -163,7 +163,7 @@ int MainWindowMainWindow::handle_events(int wait_ms)
 void MainWindowMainWindow::draw_levels()
 {
     const QD_Clock::Time now = QD_Clock::real().now();
-    if (now - levels_drawn_ < LEVELS_EVERY || !theApplication->takesMore())
+    if (now - levels_drawn_ < LEVELS_EVERY || !theApplication->takes_more())
         return;
     levels_drawn_ = now;
     audio_->show_levels();
@@ -178,7 +178,7 @@ void MainWindowMainWindow::reset()
 
 void MainWindowMainWindow::open_call_dialog()
 {
-    if (!call_window_)
+    if (call_window_ == nullptr)
         call_window_ = new CallWindowMainWindow(&call_window_);
     call_window_->show();
 }

@@ -31,7 +31,7 @@ int main(int argc, char** argv)
     InitEZ();
     VkApp application("Application", &argc, argv);
     QD_Termination termination;
-    ctrlWorkProcHandle = XtAppAddWorkProc(application.appContext(), ctrlWorkProc, &termination);
+    ctrlWorkProcHandle = XtAppAddWorkProc(application.app_context(), ctrlWorkProc, &termination);
     mainWindow = new MainWindowMainWindow(
         "Quendal Videoconferencing", argv, argc, termination.get_handle());
     mainWindow->show();

@@ -24,7 +24,7 @@ struct Next {
     uint8_t index;
 };
 
-constexpr auto next_of = [] {
+constexpr auto NEXT_OF = [] {
     std::array<std::array<Next, 8>, LAST_INDEX + 1> table {};
     for (int index = 0; index <= LAST_INDEX; ++index) {
         for (int code = 0; code < 8; ++code) {
@@ -54,7 +54,7 @@ struct Run {
     void follow(int vpdiff, bool negative, unsigned magnitude)
     {
         valpred = std::clamp(valpred + (negative ? -vpdiff : vpdiff), -32768, 32767);
-        const Next next = next_of[index][magnitude];
+        const Next next = NEXT_OF[index][magnitude];
         index = next.index;
         step = next.step;
     }

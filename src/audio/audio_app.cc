@@ -263,11 +263,11 @@ void QD_AudioApp::playADPCM(int slot, const char* data, int len)
 
 void QD_AudioApp::playGSM(int slot, const char* data, int len)
 {
-    constexpr size_t size = QD_Gsm_Codec::PACKET_SIZE;
-    if (len < static_cast<int>(size))
+    constexpr size_t SIZE = QD_Gsm_Codec::PACKET_SIZE;
+    if (len < static_cast<int>(SIZE))
         return;
     Frame frame;
-    gsm_.decode(std::span<const uint8_t, size>(bytes(data), size), frame);
+    gsm_.decode(std::span<const uint8_t, SIZE>(bytes(data), SIZE), frame);
     play_frame(slot, frame);
 }
 

@@ -18,7 +18,7 @@ int qd_open_audio_port(
 {
     qd_close_audio_port(conf, port);
     conf = ALnewconfig();
-    if (!conf)
+    if (conf == nullptr)
         return fail("Config allocation error\n");
     if (ALsetchannels(conf, 1) < 0)
         return fail("Setting channel error\n");
@@ -28,13 +28,13 @@ int qd_open_audio_port(
         return fail("Setting sample width error\n");
     qd_al_set_stream(conf, stream);
     port = ALopenport(name, direction, conf);
-    return port ? 0 : -1;
+    return port != nullptr ? 0 : -1;
 }
 
 void qd_close_audio_port(ALconfig& conf, ALport& port)
 {
-    if (port)
+    if (port != nullptr)
         ALcloseport(std::exchange(port, nullptr));
-    if (conf)
+    if (conf != nullptr)
         ALfreeconfig(std::exchange(conf, nullptr));
 }

@@ -64,10 +64,10 @@ int QD_AppReadThread::receive(int sock)
 // empty one has no content; the system may let it through.
 void QD_AppReadThread::hand_over(char* datagram, int length, const QD_Roster& roster)
 {
-    constexpr int size = rtp_fix_header::WIRE_SIZE;
-    uint8_t wire[size] = {};
-    memcpy(wire, datagram, static_cast<size_t>(std::min(size, length)));
+    constexpr int SIZE = rtp_fix_header::WIRE_SIZE;
+    uint8_t wire[SIZE] = {};
+    memcpy(wire, datagram, static_cast<size_t>(std::min(SIZE, length)));
     rtp_fix_header header = rtp_fix_header::decode(wire);
     if (length > 0 && roster.has(static_cast<int>(header.ssrc)))
-        app_->process_message(&header, datagram + size, length - size);
+        app_->process_message(&header, datagram + SIZE, length - SIZE);
 }

@@ -62,8 +62,8 @@ int QD_Member::get_string(char (&out)[STRING_SIZE]) const
     }
     char host[SOCK_Library::NAME_SIZE];
     SOCK_Library::gethostname(host_, host);
-    constexpr int room = STRING_SIZE - NAME_SIZE - 1;
-    snprintf(out, sizeof out, "%s@%.*s", name_, room, host);
+    constexpr int ROOM = STRING_SIZE - NAME_SIZE - 1;
+    snprintf(out, sizeof out, "%s@%.*s", name_, ROOM, host);
     return 0;
 }
 

@@ -18,8 +18,8 @@ constexpr const char* CODECS[] = {"GSM-13 kbps", "ADPCM-32 kbps", "ADPCM-32 kbps
 
 void set_dial(VkDial& dial, int level)
 {
-    dial.setRange(0, DIAL_MAX);
-    dial.setAngles(DIAL_START_ANGLE, DIAL_ANGLE_RANGE);
+    dial.set_range(0, DIAL_MAX);
+    dial.set_angles(DIAL_START_ANGLE, DIAL_ANGLE_RANGE);
     dial.setValue(std::clamp(level, 0, LEVEL_MAX) * DIAL_MAX / LEVEL_MAX);
 }
 

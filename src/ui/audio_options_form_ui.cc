@@ -23,17 +23,17 @@ constexpr int DIAL_SIZE = 90;
 
 AudioOptionsFormUI::AudioOptionsFormUI(const char* name, Widget parent) : VkComponent(name)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _audioOptionsForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, nullptr);
-    setBaseWidget(_audioOptionsForm);
+    set_base_widget(_audioOptionsForm);
     qd_add_options_row(_audioOptionsForm, nullptr, "label4", "audioCompressionText", &_label4,
         &_audioCompressionText);
     qd_add_options_row(_audioOptionsForm, _audioCompressionText, "label5", "audioModeText",
         &_label5, &_audioModeText);
-    createDials();
+    create_dials();
 }
 
-void AudioOptionsFormUI::createDials()
+void AudioOptionsFormUI::create_dials()
 {
     struct {
         const char* label_name;
@@ -52,7 +52,7 @@ void AudioOptionsFormUI::createDials()
             _audioOptionsForm, XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, _audioModeText,
             XmNtopOffset, 24, nullptr);
         *column.dial = std::make_unique<VkDial>(column.dial_name, _audioOptionsForm);
-        Widget dial = (*column.dial)->baseWidget();
+        Widget dial = (*column.dial)->base_widget();
         XtVaSetValues(dial, XmNwidth, DIAL_SIZE, XmNheight, DIAL_SIZE, XmNtopAttachment,
             XmATTACH_WIDGET, XmNtopWidget, label, XmNtopOffset, 4, nullptr);
         (*column.dial)->show();

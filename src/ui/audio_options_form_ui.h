@@ -27,5 +27,5 @@ protected:
     std::unique_ptr<VkDial> _volumeDial;
 
 private:
-    void createDials();
+    void create_dials();
 };

@@ -13,11 +13,11 @@ CallWindowMainWindow::CallWindowMainWindow(CallWindowMainWindow** self) :
     self_(self)
 {
     *self_ = this;
-    auto form = std::make_unique<Form>("callForm", mainWindowWidget());
+    auto form = std::make_unique<Form>("callForm", main_window_widget());
     form->setParent(this);
-    setFirstFocus(form->hostTextField());
-    addView(std::move(form));
-    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 0, 1, 1);
+    set_first_focus(form->hostTextField());
+    add_view(std::move(form));
+    VkConfigureWM(base_widget(), 1, 1, 1, 1, 0, 1, 1);
 }
 
 CallWindowMainWindow::~CallWindowMainWindow() { *self_ = nullptr; }

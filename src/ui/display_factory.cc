@@ -19,7 +19,7 @@ public:
         DisplayWindowMainWindow(name),
         geometry_(std::move(geometry))
     {
-        XtVaSetValues(baseWidget(), XtNgeometry, geometry_->c_str(), nullptr);
+        XtVaSetValues(base_widget(), XtNgeometry, geometry_->c_str(), nullptr);
     }
 
 private:

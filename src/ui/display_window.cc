@@ -20,16 +20,16 @@ static_assert(QD_Member::PICTURE_SIZE == VkPictureDisplay::SIZE); // what draw()
 DisplayWindowMainWindow::DisplayWindowMainWindow(const char* name, ArgList args, Cardinal count) :
     VkSimpleWindow(*name ? name : NAMELESS, *name ? VkResources() : DEFAULTS, args, count)
 {
-    _dpy_form = new Dpy_form("dpy_form", mainWindowWidget());
+    _dpy_form = new Dpy_form("dpy_form", main_window_widget());
     XtVaSetValues(
-        _dpy_form->baseWidget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
-    addView(std::unique_ptr<VkComponent>(_dpy_form));
+        _dpy_form->base_widget(), XtNwidth, Dpy_form::WIDTH, XtNheight, Dpy_form::HEIGHT, nullptr);
+    add_view(std::unique_ptr<VkComponent>(_dpy_form));
     if (*name)
-        setTitle(qd_printable(name).c_str());
+        set_title(qd_printable(name).c_str());
     setStatus(name);
     // It comes by itself, perhaps while the user is typing, and nothing in it takes keys.
-    XtVaSetValues(baseWidget(), XtNinput, False, nullptr);
-    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
+    XtVaSetValues(base_widget(), XtNinput, False, nullptr);
+    VkConfigureWM(base_widget(), 1, 1, 1, 1, 1, 1, 1);
 }
 
 void DisplayWindowMainWindow::handleWmDeleteMessage()

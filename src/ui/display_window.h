@@ -18,7 +18,7 @@ public:
     /// Passed over while the display takes nothing: the next ones follow soon.
     void setStatistics(const char* first, const char* second) override
     {
-        if (theApplication->takesMore())
+        if (theApplication->takes_more())
             _dpy_form->setStatistics(first, second);
     }
 

@@ -21,12 +21,12 @@ Dpy_formUI::Dpy_formUI(const char* name, Widget parent) : VkComponent(name)
 {
     _dpy_form = XtVaCreateWidget(name, xmFormWidgetClass, parent, XmNwidth, WIDTH, XmNheight,
         HEIGHT, XmNresizePolicy, XmRESIZE_NONE, nullptr);
-    setBaseWidget(_dpy_form);
-    createTexts();
-    createPicture();
+    set_base_widget(_dpy_form);
+    create_texts();
+    create_picture();
 }
 
-void Dpy_formUI::createTexts()
+void Dpy_formUI::create_texts()
 {
     _status_text = XtVaCreateManagedWidget("status_text", xmTextFieldWidgetClass, _dpy_form,
         XmNheight, ROW_HEIGHT, XmNbottomAttachment, XmATTACH_FORM, XmNbottomOffset, GAP,
@@ -45,10 +45,10 @@ void Dpy_formUI::createTexts()
         VkMakeReadOnly(text);
 }
 
-void Dpy_formUI::createPicture()
+void Dpy_formUI::create_picture()
 {
     _picture = std::make_unique<VkPictureDisplay>("picture", _dpy_form);
-    XtVaSetValues(_picture->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment,
+    XtVaSetValues(_picture->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment,
         XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM, XmNbottomAttachment, XmATTACH_WIDGET,
         XmNbottomWidget, _fps_text, XmNbottomOffset, GAP, nullptr);
     _picture->show();

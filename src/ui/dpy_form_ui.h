@@ -24,6 +24,6 @@ protected:
     std::unique_ptr<VkPictureDisplay> _picture;
 
 private:
-    void createTexts();
-    void createPicture();
+    void create_texts();
+    void create_picture();
 };

@@ -27,15 +27,15 @@ constexpr const char* BUTTON_KEYS = "<Key>Return: ArmAndActivate()\n"
 
 void FormUI::create(Widget parent)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _form = XtVaCreateWidget(name(), xmFormWidgetClass, parent, XmNwidth, WIDTH, XmNheight, HEIGHT,
         XmNresizePolicy, XmRESIZE_NONE, nullptr);
-    setBaseWidget(_form);
-    createHost();
-    createButtons();
+    set_base_widget(_form);
+    create_host();
+    create_buttons();
 }
 
-void FormUI::createHost()
+void FormUI::create_host()
 {
     _label = XtVaCreateManagedWidget("label", xmLabelWidgetClass, _form, XmNleftAttachment,
         XmATTACH_FORM, XmNleftOffset, MARGIN, XmNtopAttachment, XmATTACH_FORM, XmNtopOffset, MARGIN,
@@ -48,7 +48,7 @@ void FormUI::createHost()
         _hostTextField, nullptr);
 }
 
-void FormUI::createButtons()
+void FormUI::create_buttons()
 {
     // Not the form's own XmNdefaultButton: it keeps a pointer to the button that
     // has the keyboard, even to one that is destroyed.

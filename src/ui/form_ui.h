@@ -32,6 +32,6 @@ private:
     static constexpr XtCallbackProc callCallback = VkForward<&FormUI::call>;
     static constexpr XtCallbackProc cancelCallback = VkForward<&FormUI::cancel>;
 
-    void createHost();
-    void createButtons();
+    void create_host();
+    void create_buttons();
 };

@@ -11,5 +11,5 @@ GeneralOptionsForm::GeneralOptionsForm(const char* name, Widget parent) :
 
 void GeneralOptionsForm::setOptions()
 {
-    options_->connection = static_cast<Connection>(_connectionMenu->getIndex());
+    options_->connection = static_cast<Connection>(_connectionMenu->get_index());
 }

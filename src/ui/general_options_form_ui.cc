@@ -18,9 +18,9 @@ constexpr int MARGIN = 14;
 
 GeneralOptionsFormUI::GeneralOptionsFormUI(const char* name, Widget parent) : VkComponent(name)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _generalOptionsForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, nullptr);
-    setBaseWidget(_generalOptionsForm);
+    set_base_widget(_generalOptionsForm);
     _connectionMenu = std::make_unique<VkOptionMenu>("connectionMenu", _generalOptionsForm);
     // In the order of the Connection values.
     struct {
@@ -34,8 +34,8 @@ GeneralOptionsFormUI::GeneralOptionsFormUI(const char* name, Widget parent) : Vk
         {"lanButton", &_lanButton, LANCallback},
     };
     for (const auto& item : items)
-        *item.field = _connectionMenu->addAction(item.name, item.chosen, this);
-    XtVaSetValues(_connectionMenu->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset,
+        *item.field = _connectionMenu->add_action(item.name, item.chosen, this);
+    XtVaSetValues(_connectionMenu->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset,
         MARGIN, XmNleftAttachment, XmATTACH_FORM, XmNleftOffset, MARGIN, nullptr);
     _connectionMenu->show();
 }

@@ -29,7 +29,7 @@ bool show_statistics(Widget form)
         = VkEntry("showStatistics", "ShowStatistics", XmRBoolean, sizeof(Boolean), 0, "False");
     Boolean show = False;
     XtGetApplicationResources(form, &show, &resource, 1, nullptr, 0);
-    return show;
+    return show != 0;
 }
 
 }
@@ -43,14 +43,14 @@ MainForm::MainForm(const char* name, Widget parent) : MainFormUI(name, parent)
     XmScaleSetValue(_micScale, std::clamp<int>(_options->mic_cutoff, 0, 99));
     if (show_statistics(_mainForm))
         _statistics->show();
-    start_camera_ = XmToggleButtonGetState(_toggle);
+    start_camera_ = (XmToggleButtonGetState(_toggle) != 0);
 }
 
 MainForm::~MainForm()
 {
     delete _statistics;
     for (VkSimpleWindow* window : std::vector(theApplication->windows()))
-        if (dynamic_cast<OptionsWindowMainWindow*>(window))
+        if (dynamic_cast<OptionsWindowMainWindow*>(window) != nullptr)
             delete window;
 }
 
@@ -76,7 +76,7 @@ void MainForm::setMicLevel(int level)
     mic_known_ = true;
 }
 
-void MainForm::applyStartState(bool local_known)
+void MainForm::apply_start_state(bool local_known)
 {
     if (start_camera_ && local_known)
         camera(nullptr, nullptr);
@@ -105,7 +105,7 @@ void MainForm::call(Widget, XtPointer) {}
 void MainForm::camera(Widget, XtPointer)
 {
     start_camera_ = false; // from here on it is the user's
-    if (!_parent)
+    if (_parent == nullptr)
         return;
     if (XmToggleButtonGetState(_toggle))
         _parent->playVideo();
@@ -115,7 +115,7 @@ void MainForm::camera(Widget, XtPointer)
 
 void MainForm::talk(Widget, XtPointer)
 {
-    if (!_parent || !XmToggleButtonGetState(_manualToggle))
+    if ((_parent == nullptr) || !XmToggleButtonGetState(_manualToggle))
         return;
     if (XmToggleButtonGetState(_talkToggle))
         _parent->playAudio();
@@ -125,20 +125,20 @@ void MainForm::talk(Widget, XtPointer)
 
 void MainForm::manualSwitch(Widget, XtPointer)
 {
-    if (_parent && !XmToggleButtonGetState(_manualToggle))
+    if ((_parent != nullptr) && !XmToggleButtonGetState(_manualToggle))
         _parent->playAudio();
 }
 
 void MainForm::autoSwitch(Widget, XtPointer)
 {
-    VkUnimplemented(baseWidget(), "MainForm::autoSwitch");
+    VkUnimplemented(base_widget(), "MainForm::autoSwitch");
 }
 
 void MainForm::micScale(Widget, XtPointer)
 {
     int level = 0;
     XmScaleGetValue(_micScale, &level);
-    if (_parent)
+    if (_parent != nullptr)
         _parent->setMicCutoffLevel(level);
 }
 
@@ -165,8 +165,8 @@ void MainForm::audioPanel(Widget, XtPointer)
 
 void MainForm::chat(Widget, XtPointer) {}
 
-void MainForm::conf(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::conf"); }
+void MainForm::conf(Widget, XtPointer) { VkUnimplemented(base_widget(), "MainForm::conf"); }
 
-void MainForm::overview(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::overview"); }
+void MainForm::overview(Widget, XtPointer) { VkUnimplemented(base_widget(), "MainForm::overview"); }
 
-void MainForm::users(Widget, XtPointer) { VkUnimplemented(baseWidget(), "MainForm::users"); }
+void MainForm::users(Widget, XtPointer) { VkUnimplemented(base_widget(), "MainForm::users"); }

@@ -37,7 +37,7 @@ public:
 
     /// To be called again and again: once the local member is known, a Camera
     /// toggle that is set by its resource ("*toggle.set") starts the video.
-    void applyStartState(bool local_known);
+    void apply_start_state(bool local_known);
 
     /// Draws the levels stored last; a meter without one stays dark.
     void updateLevels();

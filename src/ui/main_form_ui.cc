@@ -50,20 +50,20 @@ constexpr int SCALE_WIDTH = 122;
 
 MainFormUI::MainFormUI(const char* name, Widget parent) : VkComponent(name)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _mainForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, XmNwidth, WIDTH, XmNheight,
         HEIGHT, XmNresizePolicy, XmRESIZE_NONE, nullptr);
-    setBaseWidget(_mainForm);
-    createStatus();
-    createUsers();
-    createControls();
-    createCamera();
-    createScales();
-    createMeters();
-    addCallbacks();
+    set_base_widget(_mainForm);
+    create_status();
+    create_users();
+    create_controls();
+    create_camera();
+    create_scales();
+    create_meters();
+    add_callbacks();
 }
 
-void MainFormUI::createStatus()
+void MainFormUI::create_status()
 {
     _statusText = XtVaCreateManagedWidget("statusText", xmTextFieldWidgetClass, _mainForm,
         XmNtopAttachment, XmATTACH_FORM, XmNtopOffset, MARGIN, XmNrightAttachment, XmATTACH_FORM,
@@ -77,7 +77,7 @@ void MainFormUI::createStatus()
         XmNleftOffset, 4, nullptr);
 }
 
-void MainFormUI::createUsers()
+void MainFormUI::create_users()
 {
     _usersFrame = XtVaCreateManagedWidget("usersFrame", xmFrameWidgetClass, _mainForm,
         XmNshadowThickness, 0, XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, _statusText,
@@ -85,7 +85,7 @@ void MainFormUI::createUsers()
         XmNrightAttachment, XmATTACH_FORM, XmNrightOffset, MARGIN, nullptr);
     _usersForm = XtVaCreateManagedWidget(
         "usersForm", xmFormWidgetClass, _usersFrame, XmNfractionBase, 3, nullptr);
-    createButtons();
+    create_buttons();
     _usersScrollWindow = XtVaCreateManagedWidget("usersScrollWindow", xmScrolledWindowWidgetClass,
         _usersForm, XmNscrollingPolicy, XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE,
         XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment,
@@ -95,7 +95,7 @@ void MainFormUI::createUsers()
         XmNlistSizePolicy, XmCONSTANT, XmNselectionPolicy, XmBROWSE_SELECT, nullptr);
 }
 
-void MainFormUI::createButtons()
+void MainFormUI::create_buttons()
 {
     struct {
         const char* name;
@@ -114,7 +114,7 @@ void MainFormUI::createButtons()
     }
 }
 
-void MainFormUI::createControls()
+void MainFormUI::create_controls()
 {
     _ctrlFrame
         = XtVaCreateManagedWidget("ctrlFrame", xmFrameWidgetClass, _mainForm, XmNleftAttachment,
@@ -128,7 +128,7 @@ void MainFormUI::createControls()
         "ctrlForm", xmFormWidgetClass, _ctrlFrame, XmNhorizontalSpacing, MARGIN, nullptr);
 }
 
-void MainFormUI::createCamera()
+void MainFormUI::create_camera()
 {
     _toggle = XtVaCreateManagedWidget("toggle", xmToggleButtonWidgetClass, _ctrlForm,
         XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, nullptr);
@@ -139,7 +139,7 @@ void MainFormUI::createCamera()
     XtVaSetValues(_toggle, XmNlabelType, XmPIXMAP_AND_STRING, XmNpixmapPlacement, XmPIXMAP_LEFT,
         XmNpixmapTextPadding, 4, XmNlabelPixmap, camera_off_.get(), XmNselectPixmap,
         camera_on_.get(), nullptr);
-    showCamera();
+    show_camera();
 
     _talkToggle = XtVaCreateManagedWidget("talkToggle", xmToggleButtonWidgetClass, _ctrlForm,
         XmNset, True, XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, _toggle, XmNtopOffset, 2,
@@ -157,13 +157,13 @@ void MainFormUI::createCamera()
 }
 
 // Beside a picture the toolkit does not fill a toggle that is set.
-void MainFormUI::showCamera()
+void MainFormUI::show_camera()
 {
     XtVaSetValues(_toggle, XmNbackground,
         XmToggleButtonGetState(_toggle) ? camera_on_ground_ : camera_off_ground_, nullptr);
 }
 
-void MainFormUI::createScales()
+void MainFormUI::create_scales()
 {
     _micScale = XtVaCreateManagedWidget("micScale", xmScaleWidgetClass, _ctrlForm, XmNorientation,
         XmHORIZONTAL, XmNminimum, 0, XmNmaximum, 99, XmNshowValue, XmNEAR_SLIDER, XmNscaleWidth,
@@ -175,7 +175,7 @@ void MainFormUI::createScales()
     _label = XtVaCreateWidget("label", xmLabelWidgetClass, _ctrlForm, nullptr);
 }
 
-void MainFormUI::createMeters()
+void MainFormUI::create_meters()
 {
     struct {
         const char* meter;
@@ -190,7 +190,7 @@ void MainFormUI::createMeters()
     for (const auto& column : columns) {
         Widget label = XtVaCreateManagedWidget(column.label, xmLabelWidgetClass, _ctrlForm,
             XmNbottomAttachment, XmATTACH_FORM, XmNbottomOffset, MARGIN, nullptr);
-        if (right)
+        if (right != nullptr)
             XtVaSetValues(label, XmNrightAttachment, XmATTACH_WIDGET, XmNrightWidget, right,
                 XmNrightOffset, 2, nullptr);
         else
@@ -201,15 +201,15 @@ void MainFormUI::createMeters()
         Dimension width = 0;
         XtVaGetValues(label, XmNwidth, &width, nullptr);
         *column.field = std::make_unique<VkVuMeter>(column.meter, _ctrlForm);
-        XtVaSetValues((*column.field)->baseWidget(), XmNwidth, METER_WIDTH, XmNheight, METER_HEIGHT,
-            XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment, XmATTACH_WIDGET, XmNbottomWidget,
-            label, XmNbottomOffset, 2, XmNleftAttachment, XmATTACH_OPPOSITE_WIDGET, XmNleftWidget,
-            label, XmNleftOffset, (width - METER_WIDTH) / 2, nullptr);
+        XtVaSetValues((*column.field)->base_widget(), XmNwidth, METER_WIDTH, XmNheight,
+            METER_HEIGHT, XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment, XmATTACH_WIDGET,
+            XmNbottomWidget, label, XmNbottomOffset, 2, XmNleftAttachment, XmATTACH_OPPOSITE_WIDGET,
+            XmNleftWidget, label, XmNleftOffset, (width - METER_WIDTH) / 2, nullptr);
         (*column.field)->show();
     }
 }
 
-void MainFormUI::addCallbacks()
+void MainFormUI::add_callbacks()
 {
     XtAddCallback(_acceptButton, XmNactivateCallback, acceptCallback, this);
     XtAddCallback(_rejectButton, XmNactivateCallback, rejectCallback, this);
@@ -227,6 +227,6 @@ void MainFormUI::addCallbacks()
 void MainFormUI::cameraCallback(Widget w, XtPointer self, XtPointer call_data)
 {
     auto* form = static_cast<MainFormUI*>(self);
-    form->showCamera();
+    form->show_camera();
     form->camera(w, call_data);
 }

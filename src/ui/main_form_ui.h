@@ -72,15 +72,15 @@ private:
     static constexpr XtCallbackProc micScaleCallback = VkForward<&MainFormUI::micScale>;
     static constexpr XtCallbackProc userSelectedCallback = VkForward<&MainFormUI::userSelected>;
 
-    void createStatus();
-    void createUsers();
-    void createButtons();
-    void createControls();
-    void createCamera();
-    void createScales();
-    void createMeters();
-    void addCallbacks();
-    void showCamera();
+    void create_status();
+    void create_users();
+    void create_buttons();
+    void create_controls();
+    void create_camera();
+    void create_scales();
+    void create_meters();
+    void add_callbacks();
+    void show_camera();
 
     Pixel camera_off_ground_ = 0;
     Pixel camera_on_ground_ = 0;

@@ -12,13 +12,13 @@ constexpr VkResource DEFAULTS[] = {
 
 OptionsDeckTabbedDeck::OptionsDeckTabbedDeck(const char* name, Widget parent) :
     VkTabbedDeck(name, parent),
-    general_("generalOptionsForm", pageParent()),
-    audio_("audioOptionsForm", pageParent()),
-    video_("videoOptionsForm", pageParent())
+    general_("generalOptionsForm", page_parent()),
+    audio_("audioOptionsForm", page_parent()),
+    video_("videoOptionsForm", page_parent())
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     for (VkComponent* page : std::initializer_list<VkComponent*> {&general_, &audio_, &video_})
-        registerChild(page, page->name());
+        register_child(page, page->name());
 }
 
 void OptionsDeckTabbedDeck::setOptions()

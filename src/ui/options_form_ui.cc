@@ -17,24 +17,24 @@ constexpr int MARGIN = 8;
 
 OptionsFormUI::OptionsFormUI(const char* name, Widget parent) : VkComponent(name)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _optionsForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, XmNwidth, WIDTH, XmNheight,
         HEIGHT, XmNresizePolicy, XmRESIZE_NONE, XmNfractionBase, 3, nullptr);
-    setBaseWidget(_optionsForm);
-    createDeck();
-    createButtons();
+    set_base_widget(_optionsForm);
+    create_deck();
+    create_buttons();
 }
 
-void OptionsFormUI::createDeck()
+void OptionsFormUI::create_deck()
 {
     _optionsDeck = std::make_unique<OptionsDeckTabbedDeck>("optionsDeck", _optionsForm);
-    XtVaSetValues(_optionsDeck->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset, MARGIN,
-        XmNleftAttachment, XmATTACH_FORM, XmNleftOffset, MARGIN, XmNrightAttachment, XmATTACH_FORM,
-        XmNrightOffset, MARGIN, nullptr);
+    XtVaSetValues(_optionsDeck->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNtopOffset,
+        MARGIN, XmNleftAttachment, XmATTACH_FORM, XmNleftOffset, MARGIN, XmNrightAttachment,
+        XmATTACH_FORM, XmNrightOffset, MARGIN, nullptr);
     _optionsDeck->show();
 }
 
-void OptionsFormUI::createButtons()
+void OptionsFormUI::create_buttons()
 {
     struct {
         const char* name;
@@ -54,8 +54,8 @@ void OptionsFormUI::createButtons()
         XtAddCallback(button, XmNactivateCallback, buttons[i].pressed, this);
         *buttons[i].field = button;
     }
-    XtVaSetValues(_optionsDeck->baseWidget(), XmNbottomAttachment, XmATTACH_WIDGET, XmNbottomWidget,
-        _okOptButton, XmNbottomOffset, MARGIN, nullptr);
+    XtVaSetValues(_optionsDeck->base_widget(), XmNbottomAttachment, XmATTACH_WIDGET,
+        XmNbottomWidget, _okOptButton, XmNbottomOffset, MARGIN, nullptr);
     XtVaSetValues(
         _optionsForm, XmNdefaultButton, _okOptButton, XmNcancelButton, _cancelOptButton, nullptr);
     // The frame around the default button takes room of which the form has not heard.

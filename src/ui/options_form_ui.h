@@ -15,7 +15,7 @@ public:
     const char* className() override { return "OptionsFormUI"; }
 
     /// The tab of the page that is in front, for those who lead the keyboard to it.
-    Widget frontTab() { return _optionsDeck->tabs().selectedTab(); }
+    Widget front_tab() { return _optionsDeck->tabs().selected_tab(); }
 
 protected:
     OptionsFormUI(const char* name, Widget parent);
@@ -36,6 +36,6 @@ private:
     static constexpr XtCallbackProc cancelOptionsCallback
         = VkForward<&OptionsFormUI::cancelOptions>;
 
-    void createDeck();
-    void createButtons();
+    void create_deck();
+    void create_buttons();
 };

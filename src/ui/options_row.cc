@@ -21,7 +21,7 @@ void qd_add_options_row(Widget page, Widget above, const char* label_name, const
     *text = XtVaCreateManagedWidget(text_name, xmTextFieldWidgetClass, page, XmNleftAttachment,
         XmATTACH_POSITION, XmNleftPosition, TEXT_LEFT, XmNrightAttachment, XmATTACH_FORM,
         XmNrightOffset, MARGIN, nullptr);
-    if (above)
+    if (above != nullptr)
         XtVaSetValues(*text, XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, above, XmNtopOffset,
             BETWEEN, nullptr);
     else

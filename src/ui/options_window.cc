@@ -13,11 +13,11 @@ constexpr VkResource DEFAULTS[] = {{".title", "Options"}};
 OptionsWindowMainWindow::OptionsWindowMainWindow(const char* name, ArgList args, Cardinal count) :
     VkSimpleWindow(name, DEFAULTS, args, count)
 {
-    _optionsForm = new OptionsForm("optionsForm", mainWindowWidget());
-    XtVaSetValues(_optionsForm->baseWidget(), XtNwidth, OptionsForm::WIDTH, XtNheight,
+    _optionsForm = new OptionsForm("optionsForm", main_window_widget());
+    XtVaSetValues(_optionsForm->base_widget(), XtNwidth, OptionsForm::WIDTH, XtNheight,
         OptionsForm::HEIGHT, nullptr);
-    addView(std::unique_ptr<VkComponent>(_optionsForm));
+    add_view(std::unique_ptr<VkComponent>(_optionsForm));
     _optionsForm->setParent(this);
-    setFirstFocus(_optionsForm->frontTab());
-    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
+    set_first_focus(_optionsForm->front_tab());
+    VkConfigureWM(base_widget(), 1, 1, 1, 1, 1, 1, 1);
 }

@@ -48,7 +48,7 @@ void StatForm::zeroFields()
 void StatForm::setAudioData(const UserData* figures)
 {
     zeroFields(); // the video fields, too: setVideoData always follows
-    if (!figures)
+    if (figures == nullptr)
         return;
     set_figure(_audioRecText, "%d", figures->frames_received);
     set_figure(_audioTotalText, "%d", figures->frames_received + figures->frames_lost);
@@ -61,7 +61,7 @@ void StatForm::setAudioData(const UserData* figures)
 
 void StatForm::setVideoData(const UserData* figures)
 {
-    if (!figures)
+    if (figures == nullptr)
         return;
     set_figure(_videoRecText, "%d", figures->frames_received);
     set_figure(_videoLostText, "%d", figures->frames_lost);
@@ -72,13 +72,13 @@ void StatForm::setVideoData(const UserData* figures)
 void StatForm::statUserSelected(Widget, XtPointer)
 {
     const std::string* selected = parts_.selected();
-    selected_user_ = selected ? *selected : "";
-    if (selected)
+    selected_user_ = selected != nullptr ? *selected : "";
+    if (selected != nullptr)
         session_->update_stat(selected_user_.c_str());
 }
 
 void StatForm::statClose(Widget, XtPointer)
 {
-    if (_parent)
+    if (_parent != nullptr)
         _parent->hide();
 }

@@ -49,10 +49,10 @@ void add_figures(Widget form, std::span<const Figure> figures)
         int label_right;
         int text_left;
         int text_right;
-    } columns[] = {{22, 23, 48}, {72, 73, 98}};
+    } COLUMNS[] = {{22, 23, 48}, {72, 73, 98}};
 
     for (size_t i = 0; i < figures.size(); ++i) {
-        const auto& column = columns[i % 2];
+        const auto& column = COLUMNS[i % 2];
         const int top = 4 + static_cast<int>(i / 2) * ROW_HEIGHT;
         const bool last = i + 2 >= figures.size();
         *figures[i].text = XtVaCreateManagedWidget(figures[i].text_name, xmTextFieldWidgetClass,
@@ -86,17 +86,17 @@ void add_group(Widget parent, const char* frame_name, const char* form_name, con
 
 void StatFormUI::create(Widget parent)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _statForm = XtVaCreateWidget(name(), xmFormWidgetClass, parent, XmNwidth, WIDTH, XmNheight,
         HEIGHT, XmNresizePolicy, XmRESIZE_NONE, nullptr);
-    setBaseWidget(_statForm);
-    createParticipants();
-    createAudio();
-    createVideo();
-    createClose();
+    set_base_widget(_statForm);
+    create_participants();
+    create_audio();
+    create_video();
+    create_close();
 }
 
-void StatFormUI::createParticipants()
+void StatFormUI::create_participants()
 {
     _frame = XtVaCreateManagedWidget("frame", xmFrameWidgetClass, _statForm, XmNshadowThickness, 0,
         XmNtopAttachment, XmATTACH_FORM, XmNtopOffset, MARGIN - 2, XmNbottomAttachment,
@@ -116,7 +116,7 @@ void StatFormUI::createParticipants()
         XtAddCallback(_statUsersList, selected, statUserSelectedCallback, this);
 }
 
-void StatFormUI::createAudio()
+void StatFormUI::create_audio()
 {
     add_group(_statForm, "statAudioFrame", "statAudioForm", "label15", &_statAudioFrame,
         &_statAudioForm, &_label15);
@@ -131,7 +131,7 @@ void StatFormUI::createAudio()
     add_figures(_statAudioForm, figures);
 }
 
-void StatFormUI::createVideo()
+void StatFormUI::create_video()
 {
     add_group(_statForm, "statVideoFrame", "statVideoForm", "label17", &_statVideoFrame,
         &_statVideoForm, &_label17);
@@ -146,7 +146,7 @@ void StatFormUI::createVideo()
     add_figures(_statVideoForm, figures);
 }
 
-void StatFormUI::createClose()
+void StatFormUI::create_close()
 {
     _statCloseButton = XtVaCreateManagedWidget("statCloseButton", xmPushButtonWidgetClass,
         _statForm, XmNwidth, 90, XmNrightAttachment, XmATTACH_FORM, XmNrightOffset, MARGIN,

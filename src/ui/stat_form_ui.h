@@ -63,8 +63,8 @@ private:
         = VkForward<&StatFormUI::statUserSelected>;
     static constexpr XtCallbackProc statCloseCallback = VkForward<&StatFormUI::statClose>;
 
-    void createParticipants();
-    void createAudio();
-    void createVideo();
-    void createClose();
+    void create_participants();
+    void create_audio();
+    void create_video();
+    void create_close();
 };

@@ -14,13 +14,13 @@ constexpr VkResource DEFAULTS[] = {{".title", "Statistics"}};
 StatWindowMainWindow::StatWindowMainWindow(const char* name, ArgList args, Cardinal count) :
     VkSimpleWindow(name, DEFAULTS, args, count)
 {
-    _statForm = new StatForm("statForm", mainWindowWidget());
+    _statForm = new StatForm("statForm", main_window_widget());
     XtVaSetValues(
-        _statForm->baseWidget(), XtNwidth, StatForm::WIDTH, XtNheight, StatForm::HEIGHT, nullptr);
-    addView(std::unique_ptr<VkComponent>(_statForm));
+        _statForm->base_widget(), XtNwidth, StatForm::WIDTH, XtNheight, StatForm::HEIGHT, nullptr);
+    add_view(std::unique_ptr<VkComponent>(_statForm));
     _statForm->setParent(this);
-    setFirstFocus(_statForm->usersList());
-    VkConfigureWM(baseWidget(), 1, 1, 1, 1, 1, 1, 1);
+    set_first_focus(_statForm->usersList());
+    VkConfigureWM(base_widget(), 1, 1, 1, 1, 1, 1, 1);
 }
 
 void StatWindowMainWindow::handleWmDeleteMessage()

@@ -26,16 +26,16 @@ constexpr int MAX_FPS = 10;
 
 VideoOptionsFormUI::VideoOptionsFormUI(const char* name, Widget parent) : VkComponent(name)
 {
-    setDefaultResources(parent, DEFAULTS);
+    set_default_resources(parent, DEFAULTS);
     _videoOptionsForm = XtVaCreateWidget(name, xmFormWidgetClass, parent, nullptr);
-    setBaseWidget(_videoOptionsForm);
+    set_base_widget(_videoOptionsForm);
     qd_add_options_row(_videoOptionsForm, nullptr, "label6", "videoCompressionText", &_label6,
         &_videoCompressionText);
-    createRate();
-    createToggleAndPanel();
+    create_rate();
+    create_toggle_and_panel();
 }
 
-void VideoOptionsFormUI::createRate()
+void VideoOptionsFormUI::create_rate()
 {
     _scale = XtVaCreateManagedWidget("scale", xmScaleWidgetClass, _videoOptionsForm,
         XmNnavigationType, XmSTICKY_TAB_GROUP, XmNorientation, XmHORIZONTAL, XmNminimum, MIN_FPS,
@@ -49,7 +49,7 @@ void VideoOptionsFormUI::createRate()
     XtAddCallback(_fpsDefaultButton, XmNactivateCallback, fpsDefaultCallback, this);
 }
 
-void VideoOptionsFormUI::createToggleAndPanel()
+void VideoOptionsFormUI::create_toggle_and_panel()
 {
     _recOffToggle = XtVaCreateManagedWidget("recOffToggle", xmToggleButtonWidgetClass,
         _videoOptionsForm, XmNnavigationType, XmSTICKY_TAB_GROUP, XmNtopAttachment, XmATTACH_WIDGET,

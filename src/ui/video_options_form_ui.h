@@ -26,6 +26,6 @@ private:
     static constexpr XtCallbackProc fpsDefaultCallback = VkForward<&VideoOptionsFormUI::fpsDefault>;
     static constexpr XtCallbackProc videoPanelCallback = VkForward<&VideoOptionsFormUI::videoPanel>;
 
-    void createRate();
-    void createToggleAndPanel();
+    void create_rate();
+    void create_toggle_and_panel();
 };

@@ -5,7 +5,7 @@ namespace {
 void count_again(XtPointer times, XtIntervalId*)
 {
     ++*static_cast<int*>(times);
-    XtAppAddTimeOut(theApplication->appContext(), 20, count_again, times);
+    XtAppAddTimeOut(theApplication->app_context(), 20, count_again, times);
 }
 
 }

@@ -24,7 +24,7 @@ TEST(MainWindow, CallOpensOneDialogOptionsOneEachTimeAndNothingIsLeftBehind)
                 program.run_until([] { return QD_Session_Ref()->get_member(2) != nullptr; }));
             const size_t windows = theApplication->windows().size();
             for (int i = 0; i < 2; ++i) {
-                qd_click(qd_find(mainWindow->baseWidget(), "callButton"));
+                qd_click(qd_find(mainWindow->base_widget(), "callButton"));
                 MainWindowMainWindow::optionsCallback(nullptr, mainWindow, nullptr);
             }
             EXPECT_EQ(theApplication->windows().size(), windows + 1 + 2);
@@ -44,7 +44,7 @@ TEST(MainWindow, WithoutCallsNobodyCalls)
     setenv("QD_CALLS", "none", 1);
     QD_Program program;
     unsetenv("QD_CALLS");
-    EXPECT_FALSE(XtIsSensitive(qd_find(mainWindow->baseWidget(), "callButton")));
+    EXPECT_FALSE(XtIsSensitive(qd_find(mainWindow->base_widget(), "callButton")));
     const QD_Fd caller(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const sockaddr_in us {AF_INET, htons(5000), {qd_test_host(1)}, {}};
     EXPECT_EQ(::connect(caller.get(), reinterpret_cast<const sockaddr*>(&us), sizeof us), -1);

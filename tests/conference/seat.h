@@ -38,8 +38,8 @@ public:
         const std::string& authority = "/nowhere") :
         Seat("join", {"--name", name, "--broker", broker, "--ca", authority},
             {{"QD_LOCAL_ADDRESS", qd_test_address(host)}}),
-        label_(name + "@" + qd_test_address(host))
+        label(name + "@" + qd_test_address(host))
     {
     }
-    const std::string label_;
+    const std::string label;
 };

@@ -82,7 +82,7 @@ void open_streams_without_end(Going going)
 double answer_time(QD_Program& program, void (*attack)(Going))
 {
     static bool pressed = false;
-    const Widget button = qd_find(mainWindow->baseWidget(), "acceptButton");
+    const Widget button = qd_find(mainWindow->base_widget(), "acceptButton");
     XtAddCallback(
         button, XmNarmCallback, [](Widget, XtPointer, XtPointer) { pressed = true; }, nullptr);
     double best = 1e9;
@@ -111,7 +111,9 @@ int heard()
     const QD_Session_Ref session;
     const QD_Session_Hold hold(session.get());
     const QD_Member* member = session->get_member(1);
-    return member && member->get_audio_data() ? member->get_audio_data()->frames_received : -1;
+    return (member != nullptr) && (member->get_audio_data() != nullptr)
+        ? member->get_audio_data()->frames_received
+        : -1;
 }
 
 }

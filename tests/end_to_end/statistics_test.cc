@@ -20,7 +20,7 @@ TEST(Statistics, OfAMemberAgreeWithACapture)
         ANNA, {.mic = "tone:330", .toolkit_options = {"-xrm", "*toggle.set: True"}});
     EXPECT_TRUE(anna.meets({ME, CAPTURE, ANNA}));
 
-    Widget window = dynamic_cast<MainForm*>(session->getMainForm())->getStatWnd()->baseWidget();
+    Widget window = dynamic_cast<MainForm*>(session->getMainForm())->getStatWnd()->base_widget();
     const auto figure = [&](const char* field) { return atof(qd_text(window, field).c_str()); };
     const auto select = [&] { // as a click at Anna's line does
         XmListSelectPos(qd_find(window, "statUsersList"), ANNA, True);

@@ -11,22 +11,22 @@ namespace {
 // What the conference is told must be in order.
 class Told : public QD_Broker_Events {
 public:
-    bool up_ = false;
-    bool lost_ = false;
+    bool up = false;
+    bool lost = false;
 
     void link_up() override
     {
-        qd_require(!up_ && !lost_);
-        up_ = true;
+        qd_require(!up && !lost);
+        up = true;
     }
     void link_down(const std::string& why) override
     {
-        qd_require(!lost_ && !why.empty());
-        lost_ = true;
+        qd_require(!lost && !why.empty());
+        lost = true;
     }
     void received(const std::string&, std::string_view payload) override
     {
-        qd_require(up_ && !lost_ && payload.size() <= QD_Broker_Link::MAX_MESSAGE);
+        qd_require(up && !lost && payload.size() <= QD_Broker_Link::MAX_MESSAGE);
     }
 };
 
@@ -121,7 +121,7 @@ void qd_fuzz(QD_Fuzz_Input input)
         [&] { link.publish(input.chunk()); },
         [&] { link.close(); },
     };
-    while (!input.empty() && !told.lost_) {
+    while (!input.empty() && !told.lost) {
         happens[input.byte() % std::size(happens)]();
         link.serve();
     }

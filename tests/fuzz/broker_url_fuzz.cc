@@ -13,9 +13,9 @@ void qd_fuzz(QD_Fuzz_Input input)
         return;
     QD_Broker_Url again;
     qd_require(QD_Broker_Url::parse(url.text(), again).empty());
-    qd_require(again.text() == url.text() && again.password_ == url.password_
-        && again.conference_ == url.conference_ && again.place() == url.place());
+    qd_require(again.text() == url.text() && again.password == url.password
+        && again.conference == url.conference && again.place() == url.place());
     QD_Broker_Url stars;
     if (QD_Broker_Url::parse(hidden, stars).empty()) // too many of them are no password
-        qd_require(stars.password_.find_first_not_of('*') == std::string::npos);
+        qd_require(stars.password.find_first_not_of('*') == std::string::npos);
 }

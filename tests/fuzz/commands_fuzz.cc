@@ -8,8 +8,8 @@
 void qd_fuzz(QD_Fuzz_Input input)
 {
     QD_Conference_Setup setup;
-    setup.client_ = "/proc/none";
-    setup.directory_ = "/proc/none";
+    setup.client = "/proc/none";
+    setup.directory = "/proc/none";
     std::ostringstream out;
     QD_Conference conference(setup, out);
     QD_Commands commands(conference, out);

@@ -9,7 +9,7 @@ extern "C" int getnameinfo(const sockaddr*, socklen_t, char*, socklen_t, char*, 
     return EAI_NONAME;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int llvm_fuzzer_test_one_input(const uint8_t* data, size_t size)
 {
     [[maybe_unused]] static const int prepared = [] {
         for (const char* variable : {"QD_LOCAL_ADDRESS=127.0.0.1", "QD_MIC=silence",

@@ -11,12 +11,12 @@ public:
     void admitted(const QD_Presence&) override {}
     void came(const QD_Presence& member) override
     {
-        qd_require(ids_.insert(member.id_).second);
+        qd_require(ids_.insert(member.id).second);
         qd_require(ids_.size() <= QD_Membership::MAX_MEMBERS);
     }
     void went(const QD_Presence& member, const char*) override
     {
-        qd_require(ids_.erase(member.id_) == 1);
+        qd_require(ids_.erase(member.id) == 1);
     }
     void say(const std::string&, const std::string&) override {}
     void failed(const std::string&) override {}

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+extern "C" int llvm_fuzzer_test_one_input(const uint8_t* data, size_t size);
 
 int main(int argc, char** argv)
 {
@@ -12,7 +12,7 @@ int main(int argc, char** argv)
     for (const auto& entry : std::filesystem::directory_iterator(argc > 1 ? argv[1] : "")) {
         fprintf(stderr, "%s\n", entry.path().c_str()); // the last one is the culprit
         const std::string bytes = qd_read_file(entry.path());
-        LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+        llvm_fuzzer_test_one_input(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
         ++replayed;
     }
     return replayed > 0 ? 0 : 1;

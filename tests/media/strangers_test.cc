@@ -81,17 +81,17 @@ struct Conference : QD_Session_Test {
 
     Conference()
     {
-        EXPECT_EQ(listener_.open(), 0);
-        session_->set_reactor(&reactor_);
+        EXPECT_EQ(listener.open(), 0);
+        session_->set_reactor(&reactor);
     }
-    ~Conference() override { reactor_.clear(); }
+    ~Conference() override { reactor.clear(); }
     void TestBody() override {}
 
     void run()
     {
         do
-            reactor_.wait(-1, 5);
-        while (reactor_.dispatch() > 0);
+            reactor.wait(-1, 5);
+        while (reactor.dispatch() > 0);
     }
     QD_Fd stream(Host from)
     {
@@ -116,8 +116,8 @@ struct Conference : QD_Session_Test {
             break;
         case CALLED:
         case ACCEPTED:
-            friends_ = stream(ANNA);
-            say(friends_, invites(ANNA));
+            friends = stream(ANNA);
+            say(friends, invites(ANNA));
             if (scene == CALLED)
                 confirm();
             break;
@@ -125,7 +125,7 @@ struct Conference : QD_Session_Test {
             const QD_Fd bernt = socket_at(BERNT, 5000);
             ::listen(bernt.get(), 1);
             EXPECT_EQ(session_->invite("user", qd_test_address(BERNT).c_str()), 0);
-            friends_.reset(::accept4(bernt.get(), nullptr, nullptr, SOCK_CLOEXEC));
+            friends.reset(::accept4(bernt.get(), nullptr, nullptr, SOCK_CLOEXEC));
             break;
         }
     }
@@ -137,14 +137,14 @@ struct Conference : QD_Session_Test {
         if (scene == ACCEPTED)
             confirm();
         if (scene == CALLING)
-            say(friends_, message(0, 0, at(BERNT)));
+            say(friends, message(0, 0, at(BERNT)));
     }
     void announce()
     {
         for (int member : {US, ANNA, BERNT})
             join(member, member);
     }
-    void confirm() { say(friends_, confirms({{0, at(ANNA)}, {1, at(BERNT)}, {2, at(US)}})); }
+    void confirm() { say(friends, confirms({{0, at(ANNA)}, {1, at(BERNT)}, {2, at(US)}})); }
 
     // "1>2": a datagram as 1 to host 2; "<3": member 3 is heard.
     std::string traffic()
@@ -155,7 +155,7 @@ struct Conference : QD_Session_Test {
         std::string all;
         for (Host host : {US, ANNA, BERNT, STRANGER, VICTIM}) {
             std::string packet;
-            while (host != US && !(packet = peers_.at(host).receive(2)).empty())
+            while (host != US && !(packet = peers.at(host).receive(2)).empty())
                 all += std::to_string(static_cast<uint8_t>(packet[11])) + ">" + std::to_string(host)
                     + " ";
         }
@@ -165,7 +165,7 @@ struct Conference : QD_Session_Test {
         for (bool is_due : {false, true})
             for (int id = 0; id < 50; ++id)
                 if (due.contains(id) == is_due)
-                    peers_.at(ANNA).send(std::string("\x80\x0f\0\5\0\0\0\6", 8)
+                    peers.at(ANNA).send(std::string("\x80\x0f\0\5\0\0\0\6", 8)
                             + number(static_cast<uint32_t>(id)) + "xx",
                         qd_test_host(US));
         qd_wait_for([&] { return ears.heard().size() >= due.size(); });
@@ -176,10 +176,10 @@ struct Conference : QD_Session_Test {
         return all;
     }
 
-    Reactor reactor_;
-    QD_Listener listener_ {&reactor_};
-    QD_Fd friends_;
-    std::map<Host, QD_Udp_Peer> peers_ = [] {
+    Reactor reactor;
+    QD_Listener listener {&reactor};
+    QD_Fd friends;
+    std::map<Host, QD_Udp_Peer> peers = [] {
         std::map<Host, QD_Udp_Peer> all;
         for (Host host : {ANNA, BERNT, STRANGER, VICTIM})
             all.try_emplace(host, qd_test_host(host), PORT);

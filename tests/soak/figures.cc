@@ -60,7 +60,7 @@ void QD_Figures::look_every_second(const std::stop_token& stop)
     std::unique_lock hold(mutex_);
     while (!stop.stop_requested()) {
         for (Process& process : processes_)
-            process.history_[round_].push_back(look(process.pid_));
+            process.history[round_].push_back(look(process.pid));
         never.wait_for(hold, stop, std::chrono::seconds(1), [] { return false; });
     }
 }
@@ -80,14 +80,14 @@ long QD_Figures::median(const History& history, int round, size_t kind)
 int QD_Figures::print(const Process& process, size_t kind, int first, int last, bool judged)
 {
     long largest = 0;
-    for (const auto& [round, samples] : process.history_)
+    for (const auto& [round, samples] : process.history)
         for (const Sample& sample : samples)
             largest = std::max(largest, sample[kind]);
-    const long before = median(process.history_, first, kind);
-    const long after = median(process.history_, last, kind);
+    const long before = median(process.history, first, kind);
+    const long after = median(process.history, last, kind);
     const bool missed = judged
         && (before <= 0 || static_cast<double>(after) > static_cast<double>(before) * MOST_GROWTH);
-    printf("%-24s %-16s %8ld %8ld %8ld %+7.1f %%%s\n", process.name_.c_str(), KIND_NAMES.at(kind),
+    printf("%-24s %-16s %8ld %8ld %8ld %+7.1f %%%s\n", process.name.c_str(), KIND_NAMES.at(kind),
         before, after, largest,
         before > 0 ? 100.0 * static_cast<double>(after - before) / static_cast<double>(before) : 0,
         missed ? "  MISSED" : "");

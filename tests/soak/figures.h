@@ -35,9 +35,9 @@ private:
     using History = std::map<int, std::vector<Sample>>;
 
     struct Process {
-        std::string name_;
-        pid_t pid_;
-        History history_;
+        std::string name;
+        pid_t pid;
+        History history;
     };
 
     static Sample look(pid_t pid);

@@ -43,9 +43,9 @@ int main(int argc, char** argv)
     printf("%d rounds in %.0f s\n", round, elapsed());
     figures.begin(round); // leaving is none
     // Sanitizers keep what was freed.
-    constexpr bool sanitized = sizeof QD_SANITIZED > 1;
+    constexpr bool SANITIZED = sizeof QD_SANITIZED > 1;
     const unsigned judged = 1U << QD_Figures::DESCRIPTORS | 1U << QD_Figures::THREADS
-        | (sanitized ? 0U : 1U << QD_Figures::MEMORY);
+        | (SANITIZED ? 0U : 1U << QD_Figures::MEMORY);
     const int missed = figures.report(1, round - 1, judged);
     well = well && course.end();
     return well ? missed : 1;

@@ -23,7 +23,7 @@ struct QD_Program {
         std::string port = framework.port();
         char* argv[] = {number, number, number, number, port.data(), nullptr};
         ctrlWorkProcHandle
-            = XtAppAddWorkProc(theApplication->appContext(), ctrlWorkProc, &termination);
+            = XtAppAddWorkProc(theApplication->app_context(), ctrlWorkProc, &termination);
         mainWindow = new MainWindowMainWindow(
             "Quendal Videoconferencing", argv, 5, termination.get_handle());
         mainWindow->show();

@@ -34,7 +34,8 @@ private:
     }
 
     QD_X_Server server_ {
-        ::getenv("QD_TEST_SCREEN") ? ::getenv("QD_TEST_SCREEN") : "1024x768x24", "-dpi 192"};
+        ::getenv("QD_TEST_SCREEN") != nullptr ? ::getenv("QD_TEST_SCREEN") : "1024x768x24",
+        "-dpi 192"};
     const QD_Temp_Dir home_;
 };
 
@@ -44,13 +45,13 @@ template <typename Condition> bool qd_pump_until(Condition done, int millisecond
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
     for (;;) {
-        while (theApplication->pendingInput())
-            XtAppProcessEvent(theApplication->appContext(), XtIMAll);
+        while (theApplication->pending_input())
+            XtAppProcessEvent(theApplication->app_context(), XtIMAll);
         if (done())
             return true;
         if (Clock::now() >= end)
             return false;
-        pollfd connection {theApplication->connectionNumber(), POLLIN, 0};
+        pollfd connection {theApplication->connection_number(), POLLIN, 0};
         ::poll(&connection, 1, 5);
     }
 }
@@ -117,7 +118,7 @@ inline QD_Colour qd_colour_at(Widget widget, int x, int y)
 {
     Display* display = XtDisplay(widget);
     XImage* image = XGetImage(display, XtWindow(widget), x, y, 1, 1, AllPlanes, ZPixmap);
-    if (!image)
+    if (image == nullptr)
         return {-1, -1, -1};
     XColor colour {};
     colour.pixel = XGetPixel(image, 0, 0);

@@ -18,22 +18,22 @@ TEST(DisplayWindow, SaysWhosePictureItIsAndBecomesAnIconWhenClosed)
     window.show();
     qd_pump();
     EXPECT_EQ(window.title(), "a\xef\xbf\xbd*b c\xef\xbf\xbd");
-    EXPECT_EQ(qd_text(window.baseWidget(), "status_text"), window.title());
+    EXPECT_EQ(qd_text(window.base_widget(), "status_text"), window.title());
     window.setStatistics(" 118 kbps", "9.8 fps");
-    EXPECT_EQ(qd_text(window.baseWidget(), "fps_text"), " 118 kbps");
-    EXPECT_EQ(qd_text(window.baseWidget(), "kbps_text"), "9.8 fps");
-    EXPECT_LT(left_of(qd_find(window.baseWidget(), "fps_text")),
-        left_of(qd_find(window.baseWidget(), "kbps_text")));
+    EXPECT_EQ(qd_text(window.base_widget(), "fps_text"), " 118 kbps");
+    EXPECT_EQ(qd_text(window.base_widget(), "kbps_text"), "9.8 fps");
+    EXPECT_LT(left_of(qd_find(window.base_widget(), "fps_text")),
+        left_of(qd_find(window.base_widget(), "kbps_text")));
     EXPECT_EQ(DisplayWindowMainWindow("").title(), "Video Display");
 
-    qd_close_window(window.baseWidget());
+    qd_close_window(window.base_widget());
     EXPECT_TRUE(window.shown()) << "if only its icon";
 }
 
 TEST(DisplayWindows, StandWhereTheResourcesSayInTheOrderOfOpening)
 {
     ui_app();
-    QD_Display_Windows windows(theApplication->baseWidget());
+    QD_Display_Windows windows(theApplication->base_widget());
     // The screen is 1024 wide: two of 200 fit beside one another from 620 on.
     std::unique_ptr<QD_Display_View> views[3];
     const std::tuple<int, int, int> places[] = {{0, 620, 30}, {1, 820, 30}, {2, 620, 330},
@@ -43,7 +43,7 @@ TEST(DisplayWindows, StandWhereTheResourcesSayInTheOrderOfOpening)
         views[view] = windows.make_display("a");
         views[view]->show();
         qd_pump();
-        Widget shell = dynamic_cast<DisplayWindowMainWindow&>(*views[view]).baseWidget();
+        Widget shell = dynamic_cast<DisplayWindowMainWindow&>(*views[view]).base_widget();
         EXPECT_EQ(left_of(shell), left);
         EXPECT_EQ(ui_get<Position>(shell, XmNy), top);
     }

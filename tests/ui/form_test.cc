@@ -23,8 +23,8 @@ TEST(Form, EveryWayOutClosesTheDialogAndOnlyCallCalls)
         CallWindowMainWindow* window = new CallWindowMainWindow(&window);
         window->show();
         qd_pump();
-        qd_focus(window->baseWidget());
-        way.take(window->baseWidget());
+        qd_focus(window->base_widget());
+        way.take(window->base_widget());
         EXPECT_TRUE(qd_pump_until([&] { return window == nullptr; }));
         // Whoever calls is in a conference from then on, though alone.
         EXPECT_EQ(session->get_member(0) != nullptr, way.calls) << "even with nothing typed";

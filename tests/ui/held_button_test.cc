@@ -23,7 +23,7 @@ Owned statistics_of_many()
 Owned main_window()
 {
     auto window = std::make_unique<UI_Main>();
-    EXPECT_CALL(window->media_, setMicCutoffLevel).Times(testing::AnyNumber());
+    EXPECT_CALL(window->media, setMicCutoffLevel).Times(testing::AnyNumber());
     return window;
 }
 
@@ -90,14 +90,14 @@ TEST(HeldButton, DoesNotOutliveItsWindow)
                 Owned window = open();
                 window->show();
                 qd_pump();
-                Widget widget = qd_find(window->baseWidget(), held);
+                Widget widget = qd_find(window->base_widget(), held);
                 ASSERT_NE(widget, nullptr) << held;
                 press(widget, button);
                 if (within_an_event)
-                    at_event(other.baseWidget(), [&] { window.reset(); });
+                    at_event(other.base_widget(), [&] { window.reset(); });
                 else
                     window.reset();
                 ASSERT_EQ(window, nullptr);
-                send(other.baseWidget(), KeyPress, 38);
+                send(other.base_widget(), KeyPress, 38);
             }
 }

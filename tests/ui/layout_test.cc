@@ -43,9 +43,9 @@ void expect_room(Widget parent)
 void expect_fit(const VkSimpleWindow& window, int width, int height)
 {
     qd_pump();
-    EXPECT_EQ(ui_get<Dimension>(window.baseWidget(), XmNwidth), width) << window.title();
-    EXPECT_EQ(ui_get<Dimension>(window.baseWidget(), XmNheight), height) << window.title();
-    expect_room(window.mainWindowWidget());
+    EXPECT_EQ(ui_get<Dimension>(window.base_widget(), XmNwidth), width) << window.title();
+    EXPECT_EQ(ui_get<Dimension>(window.base_widget(), XmNheight), height) << window.title();
+    expect_room(window.main_window_widget());
 }
 
 }
@@ -57,24 +57,24 @@ TEST(Layout, EveryTextFitsAtTheSizesOfTheWindows)
     const char* const longest = "someone.with.a.long.name@some.host.far.away.example.org";
     UI_Main main;
     for (int i = 0; i < 30; ++i)
-        main.form_.addUserToList(longest);
+        main.form.addUserToList(longest);
     expect_fit(main, 234, 298);
-    main.form_.getStatWnd()->show();
-    expect_fit(*main.form_.getStatWnd(), 583, 310);
-    EXPECT_EQ(ui_get<Position>(main.form_.getStatWnd()->baseWidget(), XmNx), 300) << "the user's";
+    main.form.getStatWnd()->show();
+    expect_fit(*main.form.getStatWnd(), 583, 310);
+    EXPECT_EQ(ui_get<Position>(main.form.getStatWnd()->base_widget(), XmNx), 300) << "the user's";
 
     DisplayWindowMainWindow display(longest);
     display.setStatistics("1500 kbps", "30.0 fps");
     display.show();
     expect_fit(display, 176, 215);
-    EXPECT_EQ(ui_get<Dimension>(qd_find(display.baseWidget(), "picture"), XmNheight), 144);
+    EXPECT_EQ(ui_get<Dimension>(qd_find(display.base_widget(), "picture"), XmNheight), 144);
 
     const QD_Session_Ref session;
     OptionsWindowMainWindow options("optionsWindow");
     options.show();
     for (const char* tab :
         {"generalOptionsFormTab", "audioOptionsFormTab", "videoOptionsFormTab"}) {
-        qd_click(qd_find(options.baseWidget(), tab));
+        qd_click(qd_find(options.base_widget(), tab));
         expect_fit(options, 314, 380);
     }
     CallWindowMainWindow* call = new CallWindowMainWindow(&call);

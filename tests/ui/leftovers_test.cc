@@ -29,6 +29,6 @@ TEST(Leftovers, OfWindowsAreFewBytes)
     EXPECT_LT(mallinfo2().uordblks, before + COUNT * 200);
     char* type = nullptr;
     XrmValue value;
-    EXPECT_FALSE(XrmGetResource(XtScreenDatabase(XtScreen(theApplication->baseWidget())),
+    EXPECT_FALSE(XrmGetResource(XtScreenDatabase(XtScreen(theApplication->base_widget())),
         "application.guest1.title", "Application.TopLevelShell.Title", &type, &value));
 }

@@ -37,11 +37,11 @@ TEST(Options, ComeBackAsTheyAlwaysHave)
         auto* window = new OptionsWindowMainWindow("optionsWindow");
         window->show();
         qd_pump();
-        const auto find = [&](const char* name) { return qd_find(window->baseWidget(), name); };
-        EXPECT_EQ(qd_text(window->baseWidget(), "audioCompressionText"), c.codec);
-        EXPECT_EQ(qd_text(window->baseWidget(), "videoCompressionText"),
+        const auto find = [&](const char* name) { return qd_find(window->base_widget(), name); };
+        EXPECT_EQ(qd_text(window->base_widget(), "audioCompressionText"), c.codec);
+        EXPECT_EQ(qd_text(window->base_widget(), "videoCompressionText"),
             c.connection == _modem28 ? "H.263" : "H.261");
-        if (c.switched)
+        if (c.switched != nullptr)
             XmToggleButtonSetState(find(c.switched), True, True);
         EXPECT_CALL(media, updateOptions(&options));
         qd_click(find("okOptButton"));

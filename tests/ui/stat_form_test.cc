@@ -24,7 +24,7 @@ TEST(StatForm, AudioFiguresBeginAfreshAndVideoFiguresAdd)
         for (const char* field : {"audioRecText", "audioTotalText", "audioLostText",
                  "audioLateText", "audioBwdText", "audioLatencyText", "videoRecText",
                  "videoLostText", "videoBdwText", "videoFpsText"})
-            texts.push_back(qd_text(window.baseWidget(), field));
+            texts.push_back(qd_text(window.base_widget(), field));
         return texts;
     };
     StatForm& form = *window.getStatForm();
@@ -44,14 +44,14 @@ TEST(StatForm, ClosedByTheUserItHidesAndKeepsTheSelectionAsItWasAdded)
     StatWindowMainWindow window("statWindow");
     window.show();
     StatForm& form = *window.getStatForm();
-    const Widget list = qd_find(window.baseWidget(), "statUsersList");
+    const Widget list = qd_find(window.base_widget(), "statUsersList");
     for (const char* part : {"anna@vega", "x\xff\x01@vega"})
         form.addToUsersList(part);
     EXPECT_STREQ(form.getSelectedPart(), "");
     XmListSelectPos(list, 2, True);
     form.delFromUsersList("anna@vega");
     testing::internal::CaptureStdout();
-    qd_close_window(window.baseWidget());
+    qd_close_window(window.base_widget());
     // The line's spelling is what those who read our output look for.
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Hidding stat window\n");
     EXPECT_FALSE(window.shown());

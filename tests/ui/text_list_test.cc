@@ -9,7 +9,7 @@ TEST(TextList, LinesThatLookAlikeStayApart)
 {
     ui_app();
     char name[] = "list";
-    Widget widget = XmCreateList(theApplication->baseWidget(), name, nullptr, 0);
+    Widget widget = XmCreateList(theApplication->base_widget(), name, nullptr, 0);
     const auto place
         = [&](const char* line) { return XmListItemPos(widget, VkString(line).get()); };
     QD_Text_List list;

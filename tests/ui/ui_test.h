@@ -29,9 +29,9 @@ struct UI_Main : VkSimpleWindow {
     UI_Main() : VkSimpleWindow((static_cast<void>(ui_app()), "main"))
     {
         XtVaSetValues(
-            form_.baseWidget(), XmNwidth, MainForm::WIDTH, XmNheight, MainForm::HEIGHT, nullptr);
-        form_.setParent(&media_);
-        addView(std::unique_ptr<VkComponent>(&form_));
+            form.base_widget(), XmNwidth, MainForm::WIDTH, XmNheight, MainForm::HEIGHT, nullptr);
+        form.setParent(&media);
+        add_view(std::unique_ptr<VkComponent>(&form));
         show();
         qd_pump();
     }
@@ -41,8 +41,8 @@ struct UI_Main : VkSimpleWindow {
         using MainFormUI::_micMeter;
         using MainFormUI::_speakerMeter;
     };
-    testing::StrictMock<UI_Media> media_;
-    Form& form_ = *new Form("mainForm", mainWindowWidget());
+    testing::StrictMock<UI_Media> media;
+    Form& form = *new Form("mainForm", main_window_widget());
 };
 
 template <typename Value> Value ui_get(Widget widget, const char* resource)

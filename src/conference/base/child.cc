@@ -15,9 +15,9 @@ namespace {
 /// Everything the new process needs, made before the fork: after it only
 /// system calls are safe.
 struct Image {
-    std::vector<std::string> texts_;
-    std::vector<char*> argv_;
-    std::vector<char*> envp_;
+    std::vector<std::string> texts;
+    std::vector<char*> argv;
+    std::vector<char*> envp;
 
     explicit Image(const QD_Launch& launch);
 };
@@ -34,18 +34,18 @@ bool overridden(std::string_view entry, const std::vector<std::string>& by)
 
 Image::Image(const QD_Launch& launch)
 {
-    texts_.push_back(launch.program_);
-    texts_.insert(texts_.end(), launch.arguments_.begin(), launch.arguments_.end());
-    const size_t arguments = texts_.size();
-    texts_.insert(texts_.end(), launch.environment_.begin(), launch.environment_.end());
+    texts.push_back(launch.program);
+    texts.insert(texts.end(), launch.arguments.begin(), launch.arguments.end());
+    const size_t arguments = texts.size();
+    texts.insert(texts.end(), launch.environment.begin(), launch.environment.end());
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        if (!overridden(*entry, launch.environment_))
-            texts_.emplace_back(*entry);
+        if (!overridden(*entry, launch.environment))
+            texts.emplace_back(*entry);
     }
-    for (size_t i = 0; i < texts_.size(); ++i)
-        (i < arguments ? argv_ : envp_).push_back(texts_[i].data());
-    argv_.push_back(nullptr);
-    envp_.push_back(nullptr);
+    for (size_t i = 0; i < texts.size(); ++i)
+        (i < arguments ? argv : envp).push_back(texts[i].data());
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
 }
 
 [[noreturn]] void complain(const char* what, const char* name)
@@ -69,18 +69,18 @@ Image::Image(const QD_Launch& launch)
 
     const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(input, STDIN_FILENO);
-    if (!launch.log_.empty()) {
-        const int log = ::open(
-            launch.log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
+    if (!launch.log.empty()) {
+        const int log
+            = ::open(launch.log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600);
         if (log < 0)
-            complain("write", launch.log_.c_str());
+            complain("write", launch.log.c_str());
         ::dup2(log, STDOUT_FILENO);
         ::dup2(log, STDERR_FILENO);
     }
-    if (!launch.directory_.empty() && ::chdir(launch.directory_.c_str()) < 0)
-        complain("enter", launch.directory_.c_str());
-    ::execve(image.argv_[0], image.argv_.data(), image.envp_.data());
-    complain("run", image.argv_[0]);
+    if (!launch.directory.empty() && ::chdir(launch.directory.c_str()) < 0)
+        complain("enter", launch.directory.c_str());
+    ::execve(image.argv[0], image.argv.data(), image.envp.data());
+    complain("run", image.argv[0]);
 }
 
 }
@@ -110,7 +110,7 @@ int QD_Child::start(const QD_Launch& launch)
 
     ::setpgid(pid, pid); // on both sides, so that neither has to wait for the other
     pid_ = pid;
-    log_ = launch.log_;
+    log_ = launch.log;
     pidfd_.reset(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))); // is close-on-exec
     if (pidfd_)
         return 0;

@@ -10,11 +10,11 @@
 
 /// What to start, and in which surroundings.
 struct QD_Launch {
-    std::string program_;                  // a path
-    std::vector<std::string> arguments_;   // after the program's name
-    std::vector<std::string> environment_; // "NAME=value", before what we have ourselves
-    std::string directory_;                // its current directory; exists; "": ours
-    std::string log_;                      // takes its output, written anew; "": our output
+    std::string program;                  // a path
+    std::vector<std::string> arguments;   // after the program's name
+    std::vector<std::string> environment; // "NAME=value", before what we have ourselves
+    std::string directory;                // its current directory; exists; "": ours
+    std::string log;                      // takes its output, written anew; "": our output
 };
 
 /// One process, in a process group of its own so that a Ctrl-C meant for us

@@ -110,8 +110,8 @@ bool screen(std::string_view text, QD_Command_Line& line)
 {
     const size_t x = text.find('x');
     return x != std::string_view::npos
-        && number(text.substr(0, x), 1, MAX_SCREEN, line.screen_width_)
-        && number(text.substr(x + 1), 1, MAX_SCREEN, line.screen_height_);
+        && number(text.substr(0, x), 1, MAX_SCREEN, line.screen_width)
+        && number(text.substr(x + 1), 1, MAX_SCREEN, line.screen_height);
 }
 
 bool text(std::string_view value, std::string& to)
@@ -126,50 +126,50 @@ constexpr unsigned JOIN = 1U << QD_Command_Line::JOIN;
 constexpr unsigned HOST = 1U << QD_Command_Line::HOST;
 
 struct Option {
-    std::string_view name_;
-    bool has_value_;
-    unsigned modes_; // those that it makes sense for, as bits
-    bool (*set_)(std::string_view value, QD_Command_Line& line);
+    std::string_view name;
+    bool has_value;
+    unsigned modes; // those that it makes sense for, as bits
+    bool (*set)(std::string_view value, QD_Command_Line& line);
 };
 
-constexpr Option option_table[] = {
+constexpr Option OPTION_TABLE[] = {
     {"--unannounced", false, RUN,
-        [](std::string_view, QD_Command_Line& line) { return !(line.announced_ = false); }},
+        [](std::string_view, QD_Command_Line& line) { return !(line.announced = false); }},
     {"--members", true, DEMO,
         [](std::string_view v, QD_Command_Line& line) {
-            return number(v, 2, MAX_DEMO_MEMBERS, line.count_);
+            return number(v, 2, MAX_DEMO_MEMBERS, line.count);
         }},
     {"--seconds", true, DEMO,
         [](std::string_view v, QD_Command_Line& line) {
-            return number(v, 0, MAX_SECONDS, line.seconds_);
+            return number(v, 0, MAX_SECONDS, line.seconds);
         }},
     {"--screen", true, DEMO, screen},
     {"--before-end", true, DEMO,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.before_end_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.before_end); }},
     {"--dir", true, RUN | DEMO | JOIN | HOST,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.directory_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.directory); }},
     {"--client", true, RUN | DEMO | JOIN | HOST,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.client_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.client); }},
     {"--name", true, JOIN | HOST,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.name_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.name); }},
     {"--broker-only", false, HOST,
-        [](std::string_view, QD_Command_Line& line) { return !(line.takes_part_ = false); }},
+        [](std::string_view, QD_Command_Line& line) { return !(line.takes_part = false); }},
     {"--broker", true, JOIN,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.broker_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.broker); }},
     {"--password-file", true, JOIN,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.password_file_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.password_file); }},
     {"--ca", true, JOIN,
-        [](std::string_view v, QD_Command_Line& line) { return text(v, line.ca_file_); }},
+        [](std::string_view v, QD_Command_Line& line) { return text(v, line.ca_file); }},
     {"--port", true, HOST,
-        [](std::string_view v, QD_Command_Line& line) { return number(v, 1, 65535, line.port_); }},
+        [](std::string_view v, QD_Command_Line& line) { return number(v, 1, 65535, line.port); }},
 };
 
 struct Command {
-    std::string_view name_;
-    QD_Command_Line::Mode mode_;
+    std::string_view name;
+    QD_Command_Line::Mode mode;
 };
 
-constexpr Command command_table[] = {
+constexpr Command COMMAND_TABLE[] = {
     {"run", QD_Command_Line::RUN},
     {"demo", QD_Command_Line::DEMO},
     {"join", QD_Command_Line::JOIN},
@@ -182,14 +182,14 @@ constexpr Command command_table[] = {
 /// What a command cannot do without, and has not; "" if it has all.
 std::string missing(const QD_Command_Line& line)
 {
-    const size_t members = line.members_.size();
-    switch (line.mode_) {
+    const size_t members = line.members.size();
+    switch (line.mode) {
     case QD_Command_Line::RUN:
         return members == 0 ? "name at least one member" : "";
     case QD_Command_Line::DEMO:
         return members != 0 ? "the demo names its members itself" : "";
     case QD_Command_Line::JOIN:
-        return line.broker_.empty() ? "say where the conference is: --broker URL" : "";
+        return line.broker.empty() ? "say where the conference is: --broker URL" : "";
     case QD_Command_Line::HOST:
     case QD_Command_Line::HELP:
         break;
@@ -202,22 +202,22 @@ std::string read_option(std::span<const char* const> arguments, size_t& at, QD_C
 {
     const std::string_view given = arguments[at];
     const std::string_view name = given.substr(0, given.find('='));
-    for (const Option& option : option_table) {
-        if (option.name_ != name)
+    for (const Option& option : OPTION_TABLE) {
+        if (option.name != name)
             continue;
-        if ((option.modes_ & 1U << line.mode_) == 0)
+        if ((option.modes & 1U << line.mode) == 0)
             return std::string(name) + " is not an option of this command";
         const bool attached = name.size() < given.size();
-        if (attached && !option.has_value_)
+        if (attached && !option.has_value)
             return std::string(name) + " takes no value";
         std::string_view value;
         if (attached)
             value = given.substr(name.size() + 1);
-        else if (option.has_value_ && at + 1 < arguments.size())
+        else if (option.has_value && at + 1 < arguments.size())
             value = arguments[++at];
-        else if (option.has_value_)
+        else if (option.has_value)
             return std::string(name) + " needs a value";
-        return option.set_(value, line)
+        return option.set(value, line)
             ? ""
             : std::string(name) + " cannot be \"" + std::string(value) + "\"";
     }
@@ -230,27 +230,26 @@ std::string qd_parse_command_line(std::span<const char* const> arguments, QD_Com
 {
     if (arguments.empty())
         return "say what to do: run, demo, join, host or --help";
-    const auto* command = std::find_if(std::begin(command_table), std::end(command_table),
-        [&](const Command& known) { return known.name_ == arguments[0]; });
-    if (command == std::end(command_table))
+    const auto* command = std::find_if(std::begin(COMMAND_TABLE), std::end(COMMAND_TABLE),
+        [&](const Command& known) { return known.name == arguments[0]; });
+    if (command == std::end(COMMAND_TABLE))
         return "there is no command \"" + std::string(arguments[0]) + "\"";
-    line.mode_ = command->mode_;
+    line.mode = command->mode;
 
-    for (size_t i = 1; i < arguments.size() && line.mode_ != QD_Command_Line::HELP; ++i) {
+    for (size_t i = 1; i < arguments.size() && line.mode != QD_Command_Line::HELP; ++i) {
         const std::string_view argument = arguments[i];
         if (argument == "--help" || argument == "-h") {
-            line.mode_ = QD_Command_Line::HELP;
+            line.mode = QD_Command_Line::HELP;
         } else if (argument == "--") {
-            line.options_.assign(
-                arguments.begin() + static_cast<ptrdiff_t>(i) + 1, arguments.end());
+            line.options.assign(arguments.begin() + static_cast<ptrdiff_t>(i) + 1, arguments.end());
             break;
         } else if (argument.starts_with("-")) {
             if (std::string trouble = read_option(arguments, i, line); !trouble.empty())
                 return trouble;
-        } else if (line.mode_ != QD_Command_Line::JOIN && line.mode_ != QD_Command_Line::HOST) {
-            line.members_.emplace_back(argument);
-        } else if (line.conference_.empty() && !argument.empty()) {
-            line.conference_ = argument;
+        } else if (line.mode != QD_Command_Line::JOIN && line.mode != QD_Command_Line::HOST) {
+            line.members.emplace_back(argument);
+        } else if (line.conference.empty() && !argument.empty()) {
+            line.conference = argument;
         } else {
             return "name one conference; --name says what you are called";
         }

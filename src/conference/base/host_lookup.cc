@@ -19,9 +19,9 @@ void QD_Host_Lookup::start(const std::string& host)
         const bool known = ::getaddrinfo(host.c_str(), nullptr, &hints, &found) == 0;
         if (known)
             ::freeaddrinfo(found);
-        question->answer_ = known ? KNOWN : UNKNOWN;
-        question->wake_.raise();
+        question->answer = known ? KNOWN : UNKNOWN;
+        question->wake.raise();
     };
     if (qd_run_detached(ask) < 0)
-        question_->answer_ = UNKNOWN;
+        question_->answer = UNKNOWN;
 }

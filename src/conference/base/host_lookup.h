@@ -17,15 +17,15 @@ public:
     /// Begins to look up a name. Addresses are known at once.
     void start(const std::string& host);
 
-    Answer answer() const { return question_ ? question_->answer_.load() : KNOWN; }
+    Answer answer() const { return question_ ? question_->answer.load() : KNOWN; }
 
     /// For polling: readable once the answer is there.
-    int get() const { return question_ ? question_->wake_.get() : -1; }
+    int get() const { return question_ ? question_->wake.get() : -1; }
 
 private:
     struct Question {
-        std::atomic<Answer> answer_ {PENDING};
-        QD_Wake wake_;
+        std::atomic<Answer> answer {PENDING};
+        QD_Wake wake;
     };
     std::shared_ptr<Question> question_;
 };

@@ -26,12 +26,12 @@ uint32_t own_address() { return ntohl(SOCK_Library::getlocalhostid()); }
 int read_password(const QD_Command_Line& line, QD_Broker_Url& url)
 {
     const char* const given = getenv("QD_BROKER_PASSWORD");
-    if (!line.password_file_.empty()) {
-        std::ifstream file(line.password_file_);
-        if (!std::getline(file, url.password_))
-            return qd_complain(line.password_file_ + " has no password");
+    if (!line.password_file.empty()) {
+        std::ifstream file(line.password_file);
+        if (!std::getline(file, url.password))
+            return qd_complain(line.password_file + " has no password");
     } else if (given != nullptr) {
-        url.password_ = given;
+        url.password = given;
     }
     ::unsetenv("QD_BROKER_PASSWORD"); // it is not the client's affair
     const std::string trouble = url.secret_trouble();
@@ -48,11 +48,11 @@ std::string login_name()
 /// Fills in and checks what the command line leaves open or gets wrong.
 int settle(QD_Command_Line& line, QD_Broker_Url& url)
 {
-    if (line.name_.empty())
-        line.name_ = login_name();
-    std::string trouble = qd_name_trouble(line.name_);
-    if (trouble.empty() && !line.conference_.empty())
-        trouble = url.set_conference(line.conference_);
+    if (line.name.empty())
+        line.name = login_name();
+    std::string trouble = qd_name_trouble(line.name);
+    if (trouble.empty() && !line.conference.empty())
+        trouble = url.set_conference(line.conference);
     return trouble.empty() ? 0 : qd_complain(trouble);
 }
 
@@ -60,20 +60,20 @@ int settle(QD_Command_Line& line, QD_Broker_Url& url)
 int take_part(const QD_Command_Line& line, const QD_Broker_Url& url, bool& told_to_end)
 {
     QD_Join_Setup setup;
-    setup.broker_ = url;
-    setup.name_ = line.name_;
-    setup.address_ = own_address();
-    setup.options_ = line.options_;
-    setup.client_ = qd_find_client(line.client_);
-    if (setup.client_.empty())
+    setup.broker = url;
+    setup.name = line.name;
+    setup.address = own_address();
+    setup.options = line.options;
+    setup.client = qd_find_client(line.client);
+    if (setup.client.empty())
         return QD_STATUS_TROUBLE;
-    const QD_Fd claim = qd_claim_address(setup.address_);
+    const QD_Fd claim = qd_claim_address(setup.address);
     if (!claim)
-        return qd_complain(qd_address_text(setup.address_)
+        return qd_complain(qd_address_text(setup.address)
             + " is another member's already on this machine;"
               " give each member a QD_LOCAL_ADDRESS of its own");
-    setup.directory_ = qd_make_directory(line.directory_);
-    if (setup.directory_.empty())
+    setup.directory = qd_make_directory(line.directory);
+    if (setup.directory.empty())
         return QD_STATUS_TROUBLE;
     QD_Join join(setup, std::cout, STDIN_FILENO);
     const int result = join.run();
@@ -93,9 +93,9 @@ int host(const QD_Command_Line& line, const QD_Broker_Url& asked, const std::str
 {
     // Blocked before the broker starts, which a Ctrl-C is not meant for.
     const QD_Fd signals = qd_block_ending_signals();
-    QD_Private_Broker broker(asked.conference_);
+    QD_Private_Broker broker(asked.conference);
     const std::string trouble
-        = broker.start(own_address(), static_cast<uint16_t>(line.port_), directory);
+        = broker.start(own_address(), static_cast<uint16_t>(line.port), directory);
     if (!trouble.empty())
         return qd_complain(trouble);
     std::cout << "The conference is open until Ctrl-C. Others join it by this line"
@@ -103,7 +103,7 @@ int host(const QD_Command_Line& line, const QD_Broker_Url& asked, const std::str
               << "    quendal-conference join --broker " << broker.url().text() << "\n"
               << std::endl;
     bool told_to_end = false;
-    const int status = line.takes_part_ ? take_part(line, broker.url(), told_to_end) : 0;
+    const int status = line.takes_part ? take_part(line, broker.url(), told_to_end) : 0;
     return status != 0 || told_to_end ? status : keep_open(broker, signals);
 }
 
@@ -112,11 +112,11 @@ int host(const QD_Command_Line& line, const QD_Broker_Url& asked, const std::str
 int qd_join_conference(QD_Command_Line line)
 {
     QD_Broker_Url url;
-    if (std::string trouble = QD_Broker_Url::parse(line.broker_, url); !trouble.empty())
+    if (std::string trouble = QD_Broker_Url::parse(line.broker, url); !trouble.empty())
         return qd_complain(trouble);
     if (settle(line, url) != 0)
         return QD_STATUS_TROUBLE;
-    url.ca_file_ = line.ca_file_;
+    url.ca_file = line.ca_file;
     bool told_to_end = false;
     return read_password(line, url) != 0 ? QD_STATUS_TROUBLE : take_part(line, url, told_to_end);
 }

@@ -26,10 +26,10 @@ QD_Agent::QD_Agent(const QD_Broker_Url& url, const Member& member, QD_Conference
     const QD_Membership_Times& times) :
     broker_("the broker " + url.place()),
     events_(events),
-    link_(url, make_owner(url.user_), *this),
-    membership_({link_.owner(), member.name_, member.address_},
+    link_(url, make_owner(url.user), *this),
+    membership_({link_.owner(), member.name, member.address},
         {[random = std::make_shared<std::random_device>()] { return (*random)(); },
-            [own = member.address_](uint32_t address) { return qd_is_reachable(own, address); },
+            [own = member.address](uint32_t address) { return qd_is_reachable(own, address); },
             [this](const std::string& record) { link_.publish(record); }},
         events, times)
 {

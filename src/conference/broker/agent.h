@@ -10,8 +10,8 @@
 class QD_Agent : private QD_Broker_Events {
 public:
     struct Member {
-        std::string name_;
-        uint32_t address_ = 0; // as a number; others send their media to it
+        std::string name;
+        uint32_t address = 0; // as a number; others send their media to it
     };
 
     /// `events` outlives the agent; what it tells may not destroy the agent.

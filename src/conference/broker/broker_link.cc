@@ -101,20 +101,20 @@ void QD_Broker_Link::open()
 
 int QD_Broker_Link::prepare_security()
 {
-    if (url_.scheme_ == QD_Broker_Url::SHARED_KEY)
+    if (url_.scheme == QD_Broker_Url::SHARED_KEY)
         return prepare_shared_key();
-    if (!url_.user_.empty()) {
-        const int error = mosquitto_username_pw_set(handle_.get(), url_.user_.c_str(),
-            url_.password_.empty() ? nullptr : url_.password_.c_str());
+    if (!url_.user.empty()) {
+        const int error = mosquitto_username_pw_set(handle_.get(), url_.user.c_str(),
+            url_.password.empty() ? nullptr : url_.password.c_str());
         if (error != MOSQ_ERR_SUCCESS)
             return error;
     }
-    if (url_.scheme_ == QD_Broker_Url::PLAIN)
+    if (url_.scheme == QD_Broker_Url::PLAIN)
         return MOSQ_ERR_SUCCESS;
-    if (url_.ca_file_.empty())
+    if (url_.ca_file.empty())
         return mosquitto_int_option(handle_.get(), MOSQ_OPT_TLS_USE_OS_CERTS, 1);
     return mosquitto_tls_set(
-        handle_.get(), url_.ca_file_.c_str(), nullptr, nullptr, nullptr, nullptr);
+        handle_.get(), url_.ca_file.c_str(), nullptr, nullptr, nullptr, nullptr);
 }
 
 /// The library's own way with a key also takes a server that has only a certificate, any one.
@@ -152,7 +152,7 @@ int QD_Broker_Link::prepare()
     // for the one that does not; port -1 makes it take them and go no further.
     mosquitto_property* limit = nullptr;
     mosquitto_property_add_int32(&limit, MQTT_PROP_MAXIMUM_PACKET_SIZE, MAX_MESSAGE);
-    mosquitto_connect_bind_v5(handle, url_.host_.c_str(), -1, KEEP_ALIVE_S, nullptr, limit);
+    mosquitto_connect_bind_v5(handle, url_.host.c_str(), -1, KEEP_ALIVE_S, nullptr, limit);
     mosquitto_property_free_all(&limit);
     return mosquitto_will_set_v5(
         handle, (prefix_ + owner_).c_str(), 0, nullptr, RECORD_QOS, true, nullptr);
@@ -164,7 +164,7 @@ void QD_Broker_Link::name(QD_Clock::Time now)
 {
     state_ = NAMING;
     deadline_ = now + NAME_BOUND;
-    lookup_.start(url_.host_);
+    lookup_.start(url_.host);
     if (lookup_.answer() != QD_Host_Lookup::PENDING)
         named(now);
 }
@@ -185,7 +185,7 @@ void QD_Broker_Link::connect(QD_Clock::Time now)
     int error = prepare();
     if (error == MOSQ_ERR_SUCCESS)
         error = mosquitto_connect_bind_async(
-            handle_.get(), url_.host_.c_str(), url_.port_, KEEP_ALIVE_S, nullptr);
+            handle_.get(), url_.host.c_str(), url_.port, KEEP_ALIVE_S, nullptr);
     if (error != MOSQ_ERR_SUCCESS) {
         lose(describe(error));
         return;
@@ -199,7 +199,7 @@ std::string QD_Broker_Link::describe(int error) const
 {
     const auto logged = [this](const char* text) { return log_.find(text) != std::string::npos; };
     const bool no_tls = logged("wrong version number") || logged("unexpected eof");
-    if (error == MOSQ_ERR_TLS && !no_tls && url_.scheme_ == QD_Broker_Url::SHARED_KEY)
+    if (error == MOSQ_ERR_TLS && !no_tls && url_.scheme == QD_Broker_Url::SHARED_KEY)
         return "it does not have the key that is given here";
     if (logged("certificate verify failed"))
         return "its certificate is not one that is trusted here";
@@ -207,8 +207,8 @@ std::string QD_Broker_Link::describe(int error) const
         return "it does not speak TLS there";
     if (error == MOSQ_ERR_ERRNO)
         return strerror(errno);
-    if (error == MOSQ_ERR_INVAL && !url_.ca_file_.empty())
-        return "the certificates in " + url_.ca_file_ + " cannot be read";
+    if (error == MOSQ_ERR_INVAL && !url_.ca_file.empty())
+        return "the certificates in " + url_.ca_file + " cannot be read";
     if (!log_.empty())
         return log_;
     if (error == MOSQ_ERR_CONN_REFUSED)
@@ -251,8 +251,8 @@ void QD_Broker_Link::published(int reason)
 {
     if (reason < MQTT_RC_UNSPECIFIED || state_ == CLOSING)
         return;
-    doom_ = "it does not let " + (url_.user_.empty() ? "people without a name" : url_.user_)
-        + " into the conference " + url_.conference_;
+    doom_ = "it does not let " + (url_.user.empty() ? "people without a name" : url_.user)
+        + " into the conference " + url_.conference;
 }
 
 void QD_Broker_Link::publish(const std::string& record)

@@ -10,12 +10,12 @@ constexpr size_t MAX_WORD = 64;
 constexpr size_t MAX_SECRET = 256;
 
 struct Scheme {
-    std::string_view name_;
-    QD_Broker_Url::Scheme scheme_;
-    uint16_t port_;
+    std::string_view name;
+    QD_Broker_Url::Scheme scheme;
+    uint16_t port;
 };
 
-constexpr Scheme scheme_table[] = {
+constexpr Scheme SCHEME_TABLE[] = {
     {"mqtt", QD_Broker_Url::PLAIN, 1883},
     {"mqtts", QD_Broker_Url::TLS, 8883},
     {"mqtt+psk", QD_Broker_Url::SHARED_KEY, 8883},
@@ -62,9 +62,9 @@ bool decode(std::string_view text, std::string& out)
 std::string read_user(std::string_view text, QD_Broker_Url& url)
 {
     const size_t colon = text.find(':');
-    if (!decode(text.substr(0, colon), url.user_) || !is_word(url.user_))
+    if (!decode(text.substr(0, colon), url.user) || !is_word(url.user))
         return "a user's name has letters, digits and -_.@ only";
-    if (colon != std::string_view::npos && !decode(text.substr(colon + 1), url.password_))
+    if (colon != std::string_view::npos && !decode(text.substr(colon + 1), url.password))
         return "the password cannot be read";
     return "";
 }
@@ -72,13 +72,13 @@ std::string read_user(std::string_view text, QD_Broker_Url& url)
 bool read_place(std::string_view text, QD_Broker_Url& url)
 {
     const size_t colon = text.rfind(':');
-    url.host_ = text.substr(0, colon);
+    url.host = text.substr(0, colon);
     if (colon == std::string_view::npos)
-        return is_host(url.host_);
+        return is_host(url.host);
     const std::string_view port = text.substr(colon + 1);
-    const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), url.port_);
-    return error == std::errc() && end == port.data() + port.size() && url.port_ != 0
-        && is_host(url.host_);
+    const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), url.port);
+    return error == std::errc() && end == port.data() + port.size() && url.port != 0
+        && is_host(url.host);
 }
 
 bool is_key(std::string_view text)
@@ -95,12 +95,12 @@ bool is_key(std::string_view text)
 std::string QD_Broker_Url::parse(std::string_view text, QD_Broker_Url& url)
 {
     const size_t colon = text.find("://");
-    const auto* scheme = std::find_if(std::begin(scheme_table), std::end(scheme_table),
-        [&](const auto& s) { return s.name_ == text.substr(0, colon); });
-    if (colon == std::string_view::npos || scheme == std::end(scheme_table))
+    const auto* scheme = std::find_if(std::begin(SCHEME_TABLE), std::end(SCHEME_TABLE),
+        [&](const auto& s) { return s.name == text.substr(0, colon); });
+    if (colon == std::string_view::npos || scheme == std::end(SCHEME_TABLE))
         return "a broker's URL begins with mqtt://, mqtts:// or mqtt+psk://";
-    url.scheme_ = scheme->scheme_;
-    url.port_ = scheme->port_;
+    url.scheme = scheme->scheme;
+    url.port = scheme->port;
     text.remove_prefix(colon + 3);
 
     const size_t slash = text.find('/');
@@ -119,33 +119,33 @@ std::string QD_Broker_Url::parse(std::string_view text, QD_Broker_Url& url)
 
 std::string QD_Broker_Url::set_conference(std::string_view name)
 {
-    conference_ = name;
+    conference = name;
     return is_word(name) ? "" : "a conference's name has letters, digits and -_.@ only";
 }
 
 std::string QD_Broker_Url::secret_trouble() const
 {
-    if (scheme_ == SHARED_KEY && (user_.empty() || !is_key(password_)))
+    if (scheme == SHARED_KEY && (user.empty() || !is_key(password)))
         return "mqtt+psk:// needs a USER and a key of 32 to 128 hexadecimal digits";
-    if (user_.empty() && !password_.empty())
+    if (user.empty() && !password.empty())
         return "a password needs a user: put USER@ before the broker's host";
     return "";
 }
 
 std::string QD_Broker_Url::text() const
 {
-    const auto* scheme = std::find_if(std::begin(scheme_table), std::end(scheme_table),
-        [&](const auto& s) { return s.scheme_ == scheme_; });
+    const auto* entry = std::find_if(std::begin(SCHEME_TABLE), std::end(SCHEME_TABLE),
+        [&](const auto& s) { return s.scheme == scheme; });
     std::string secret;
     constexpr char DIGITS[] = "0123456789ABCDEF";
-    for (const char c : password_) {
+    for (const char c : password) {
         if (is_word({&c, 1}) && c != '@')
             secret += c;
         else
             (secret += {'%', DIGITS[static_cast<uint8_t>(c) >> 4]}) += DIGITS[c & 15];
     }
-    return std::string(scheme->name_) + "://" + user_ + (secret.empty() ? "" : ":" + secret)
-        + (user_.empty() ? "" : "@") + place() + "/" + conference_;
+    return std::string(entry->name) + "://" + user + (secret.empty() ? "" : ":" + secret)
+        + (user.empty() ? "" : "@") + place() + "/" + conference;
 }
 
 void qd_hide_password(char* url)

@@ -15,13 +15,13 @@
 struct QD_Broker_Url {
     enum Scheme { PLAIN, TLS, SHARED_KEY };
 
-    Scheme scheme_ = PLAIN;
-    std::string host_; // a name or an IPv4 address
-    uint16_t port_ = 1883;
-    std::string user_;     // "": none
-    std::string password_; // or the key
-    std::string conference_ = "conference";
-    std::string ca_file_; // TLS: certificates to trust; "": those of the system
+    Scheme scheme = PLAIN;
+    std::string host; // a name or an IPv4 address
+    uint16_t port = 1883;
+    std::string user;     // "": none
+    std::string password; // or the key
+    std::string conference = "conference";
+    std::string ca_file; // TLS: certificates to trust; "": those of the system
 
     /// Returns "" or what is wrong, a sentence; `url` is of no use then.
     static std::string parse(std::string_view text, QD_Broker_Url& url);
@@ -37,10 +37,10 @@ struct QD_Broker_Url {
     std::string text() const;
 
     /// The topic below which the conference's records lie, with the slash behind it.
-    std::string topic() const { return "quendal/1/" + conference_ + "/m/"; }
+    std::string topic() const { return "quendal/1/" + conference + "/m/"; }
 
     /// "HOST:PORT"
-    std::string place() const { return host_ + ":" + std::to_string(port_); }
+    std::string place() const { return host + ":" + std::to_string(port); }
 };
 
 /// Puts stars in the place of a password in a URL, as in a program's own arguments.

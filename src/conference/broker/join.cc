@@ -13,8 +13,8 @@ QD_Join::QD_Join(QD_Join_Setup setup, std::ostream& out, int input) :
     signals_(qd_block_ending_signals()),
     input_(input),
     lines_(out, [this](std::string_view line) { execute(line); }),
-    client_(setup_.bounds_),
-    agent_(setup_.broker_, {setup_.name_, setup_.address_}, *this, setup_.times_)
+    client_(setup_.bounds),
+    agent_(setup_.broker, {setup_.name, setup_.address}, *this, setup_.times)
 {
 }
 
@@ -47,8 +47,8 @@ void QD_Join::serve()
     if (started_ && client_.state() == QD_Client::ENDED && std::exchange(started_, false)) {
         const std::string& trouble = client_.trouble();
         trouble_ = trouble_ || !trouble.empty();
-        say(setup_.name_,
-            trouble.empty() ? "has left" : trouble + "; see " + setup_.directory_ + "/log.txt");
+        say(setup_.name,
+            trouble.empty() ? "has left" : trouble + "; see " + setup_.directory + "/log.txt");
     }
 }
 
@@ -57,15 +57,15 @@ void QD_Join::admitted(const QD_Presence& /*self*/)
     if (started_ || ending_)
         return;
     QD_Launch launch;
-    launch.program_ = setup_.client_;
-    launch.arguments_ = setup_.options_;
-    launch.directory_ = setup_.directory_;
-    launch.log_ = setup_.directory_ + "/log.txt";
-    launch.environment_ = {QD_NO_CALLS};
+    launch.program = setup_.client;
+    launch.arguments = setup_.options;
+    launch.directory = setup_.directory;
+    launch.log = setup_.directory + "/log.txt";
+    launch.environment = {QD_NO_CALLS};
     started_ = client_.start(launch) == 0;
     if (!started_) {
         trouble_ = true;
-        say(setup_.name_, std::string("cannot be started: ") + strerror(errno));
+        say(setup_.name, std::string("cannot be started: ") + strerror(errno));
         end();
     }
 }
@@ -73,13 +73,13 @@ void QD_Join::admitted(const QD_Presence& /*self*/)
 void QD_Join::came(const QD_Presence& member)
 {
     say(member.label(), "has joined");
-    client_.send(qd_add_record(member.address_, member.id_, member.name_));
+    client_.send(qd_add_record(member.address, member.id, member.name));
 }
 
 void QD_Join::went(const QD_Presence& member, const char* how)
 {
     say(member.label(), how);
-    client_.send(qd_remove_record(member.address_, member.id_, member.name_));
+    client_.send(qd_remove_record(member.address, member.id, member.name));
 }
 
 void QD_Join::say(const std::string& whom, const std::string& what)
@@ -90,7 +90,7 @@ void QD_Join::say(const std::string& whom, const std::string& what)
 void QD_Join::failed(const std::string& why)
 {
     trouble_ = true;
-    say(setup_.name_, "cannot be in the conference: " + why);
+    say(setup_.name, "cannot be in the conference: " + why);
     end();
 }
 
@@ -139,8 +139,8 @@ void QD_Join::list() const
     const QD_Membership& membership = agent_.membership();
     const auto others = membership.others();
     const QD_Presence& self = membership.self();
-    out_ << self.id_ << "  " << self.label() << (linked_ ? "" : "  (starting)") << "\n";
+    out_ << self.id << "  " << self.label() << (linked_ ? "" : "  (starting)") << "\n";
     for (const auto& [owner, member] : others)
-        out_ << member.id_ << "  " << member.label() << "\n";
+        out_ << member.id << "  " << member.label() << "\n";
     out_ << others.size() + 1 << (others.empty() ? " member" : " members") << std::endl;
 }

@@ -10,14 +10,14 @@
 
 /// Who takes part, where, and with which client.
 struct QD_Join_Setup {
-    QD_Broker_Url broker_;
-    std::string name_;                 // the member's
-    uint32_t address_ = 0;             // what the client takes as its own, as a number
-    std::string client_;               // the program, an absolute path
-    std::string directory_;            // the client's current directory, takes log.txt; exists
-    std::vector<std::string> options_; // toolkit options for the client
-    QD_Bounds bounds_;
-    QD_Membership_Times times_;
+    QD_Broker_Url broker;
+    std::string name;                 // the member's
+    uint32_t address = 0;             // what the client takes as its own, as a number
+    std::string client;               // the program, an absolute path
+    std::string directory;            // the client's current directory, takes log.txt; exists
+    std::vector<std::string> options; // toolkit options for the client
+    QD_Bounds bounds;
+    QD_Membership_Times times;
 };
 
 /// Joins, starts the client once the conference lets the member in, tells it of

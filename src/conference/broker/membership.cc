@@ -27,31 +27,31 @@ bool is_plain(std::string_view owner)
 
 QD_Membership::QD_Membership(const Self& self, Surroundings surroundings,
     QD_Conference_Events& events, const QD_Membership_Times& times) :
-    owner_(self.owner_),
+    owner_(self.owner),
     surroundings_(std::move(surroundings)),
     events_(events),
     times_(times)
 {
-    self_.name_ = self.name_;
-    self_.address_ = self.address_;
+    self_.name = self.name;
+    self_.address = self.address;
     roll_id();
 }
 
 void QD_Membership::roll_id()
 {
     constexpr uint32_t RANGE = QD_Presence::MAX_ID - QD_Presence::MIN_ID + 1;
-    self_.id_ = QD_Presence::MIN_ID + surroundings_.random_() % RANGE;
+    self_.id = QD_Presence::MIN_ID + surroundings_.random() % RANGE;
 }
 
 void QD_Membership::publish(Time now)
 {
-    self_.state_ = state_ == LIVE ? QD_Presence::LIVE : QD_Presence::CLAIM;
-    ++self_.sequence_;
+    self_.state = state_ == LIVE ? QD_Presence::LIVE : QD_Presence::CLAIM;
+    ++self_.sequence;
     sent_ = self_.encode();
     answered_ = false;
     published_ = now;
-    beat_ = now + times_.beat_;
-    surroundings_.publish_(sent_);
+    beat_ = now + times_.beat;
+    surroundings_.publish(sent_);
 }
 
 void QD_Membership::connect(Time now)
@@ -60,10 +60,10 @@ void QD_Membership::connect(Time now)
         return;
     connected_ = true;
     if (was_connected_)
-        returning_until_ = now + times_.return_;
+        returning_until_ = now + times_.comeback;
     was_connected_ = true;
     for (auto& [owner, peer] : peers_)
-        peer.missed_ = 0;
+        peer.missed = 0;
     // While we were away somebody may have taken our id or address in good faith.
     state_ = CLAIMING;
     patient_until_ = Time::max();
@@ -76,7 +76,7 @@ void QD_Membership::disconnect()
     answered_ = true;
     // A broker that goes down removes the records of all.
     for (auto& [owner, peer] : peers_)
-        peer.departs_ = Time::max();
+        peer.departs = Time::max();
 }
 
 void QD_Membership::take(const std::string& owner, std::string_view record, Time now)
@@ -91,8 +91,8 @@ void QD_Membership::take(const std::string& owner, std::string_view record, Time
     if (record.empty()) {
         if (known == peers_.end())
             return;
-        if (known->second.announced_)
-            known->second.departs_ = std::max(now + times_.hold_, returning_until_);
+        if (known->second.announced)
+            known->second.departs = std::max(now + times_.hold, returning_until_);
         else
             peers_.erase(known);
         return;
@@ -128,32 +128,31 @@ void QD_Membership::take_own(std::string_view record, Time now)
 void QD_Membership::take_peer(const std::string& owner, const QD_Presence& record, Time now)
 {
     const auto known = peers_.find(owner);
-    if (record.state_ == QD_Presence::LEFT) {
+    if (record.state == QD_Presence::LEFT) {
         if (known != peers_.end())
             remove(known, "has left");
         return;
     }
     Peer& peer = known != peers_.end() ? known->second : peers_[owner];
-    const QD_Presence before = peer.record_;
-    if (known != peers_.end() && record.sequence_ <= before.sequence_)
+    const QD_Presence before = peer.record;
+    if (known != peers_.end() && record.sequence <= before.sequence)
         return;
-    if (record.id_ != before.id_ || record.address_ != before.address_
-        || record.name_ != before.name_)
+    if (record.id != before.id || record.address != before.address || record.name != before.name)
         withdraw(peer, "has changed its record");
-    peer.record_ = record;
-    peer.missed_ = 0;
-    peer.departs_ = Time::max();
+    peer.record = record;
+    peer.missed = 0;
+    peer.departs = Time::max();
     admit(owner, peer, now);
 }
 
 void QD_Membership::count_misses(Time now)
 {
     // Records of ours that follow one another at once say nothing of the others.
-    if (now < counted_ + times_.beat_ / 2)
+    if (now < counted_ + times_.beat / 2)
         return;
     counted_ = now;
     for (auto peer = peers_.begin(); peer != peers_.end();) {
-        const bool gone = ++peer->second.missed_ >= times_.misses_ && now >= returning_until_;
+        const bool gone = ++peer->second.missed >= times_.misses && now >= returning_until_;
         peer = gone ? remove(peer, "is gone: nothing is heard of it any more") : std::next(peer);
     }
 }
@@ -162,19 +161,19 @@ void QD_Membership::count_misses(Time now)
 void QD_Membership::settle_claim(Time now)
 {
     if (std::any_of(peers_.begin(), peers_.end(),
-            [&](const auto& peer) { return peer.second.record_.id_ == self_.id_; })) {
+            [&](const auto& peer) { return peer.second.record.id == self_.id; })) {
         if (std::exchange(announced_, false))
             events_.went(self_, "changes its id");
         roll_id();
         return publish(now);
     }
     const auto holder = std::find_if(peers_.begin(), peers_.end(),
-        [&](const auto& peer) { return peer.second.record_.address_ == self_.address_; });
+        [&](const auto& peer) { return peer.second.record.address == self_.address; });
     if (holder != peers_.end()) {
         if (patient_until_ == Time::max()) {
-            patient_until_ = now + times_.patience_;
+            patient_until_ = now + times_.patience;
             events_.say(
-                self_.label(), "waits: " + holder->second.record_.label() + " has this address");
+                self_.label(), "waits: " + holder->second.record.label() + " has this address");
         }
         return;
     }
@@ -195,16 +194,16 @@ std::string QD_Membership::place_trouble() const
     const QD_Presence* far = nullptr;
     bool alone = true; // nobody lives on this machine, too
     for (const auto& [owner, peer] : peers_) {
-        if (peer.record_.state_ != QD_Presence::LIVE)
+        if (peer.record.state != QD_Presence::LIVE)
             continue;
         ++live;
-        alone = alone && !is_loopback(peer.record_.address_);
-        far = is_loopback(peer.record_.address_) ? far : &peer.record_;
+        alone = alone && !is_loopback(peer.record.address);
+        far = is_loopback(peer.record.address) ? far : &peer.record;
     }
     if (live >= MAX_MEMBERS)
         return "the conference is full: it has " + std::to_string(MAX_MEMBERS) + " members";
-    if (is_loopback(self_.address_) && alone && far != nullptr)
-        return "its address " + qd_address_text(self_.address_)
+    if (is_loopback(self_.address) && alone && far != nullptr)
+        return "its address " + qd_address_text(self_.address)
             + " cannot be reached from other hosts, such as " + far->label();
     return "";
 }
@@ -236,48 +235,47 @@ void QD_Membership::admit_all(Time now)
 
 void QD_Membership::admit(const std::string& owner, Peer& peer, Time now)
 {
-    if (!announced_ || peer.announced_ || peer.record_.state_ != QD_Presence::LIVE
-        || peer.departs_ != Time::max())
+    if (!announced_ || peer.announced || peer.record.state != QD_Presence::LIVE
+        || peer.departs != Time::max())
         return;
     const std::string why = obstacle(owner, peer, now);
     if (state_ == OVER || !announced_)
         return;
     if (why.empty()) {
-        peer.announced_ = true;
-        peer.since_ = now;
-        events_.came(peer.record_);
-    } else if (why != peer.refused_) {
-        events_.say(peer.record_.label(), "of " + owner + " is not announced: " + why);
+        peer.announced = true;
+        peer.since = now;
+        events_.came(peer.record);
+    } else if (why != peer.refused) {
+        events_.say(peer.record.label(), "of " + owner + " is not announced: " + why);
     }
-    peer.refused_ = why;
+    peer.refused = why;
 }
 
 /// Why a live member is not announced; "" if it can be.
 std::string QD_Membership::obstacle(const std::string& owner, const Peer& peer, Time now)
 {
-    const QD_Presence& record = peer.record_;
-    const std::string address = qd_address_text(record.address_);
+    const QD_Presence& record = peer.record;
+    const std::string address = qd_address_text(record.address);
     if (yield_to(owner, peer, now))
         return "";
     size_t announced = 1;
-    bool id_taken = record.id_ == self_.id_;
-    bool address_taken = record.address_ == self_.address_;
+    bool id_taken = record.id == self_.id;
+    bool address_taken = record.address == self_.address;
     for (auto& [other_owner, other] : peers_) {
-        if (!other.announced_)
+        if (!other.announced)
             continue;
-        const bool unsettled = now < other.since_ + times_.settle_;
-        if (other.record_.id_ == record.id_ && unsettled && owner < other_owner)
+        const bool unsettled = now < other.since + times_.settle;
+        if (other.record.id == record.id && unsettled && owner < other_owner)
             withdraw(other, "has lost its id to another member");
         ++announced;
-        id_taken = id_taken || (other.announced_ && other.record_.id_ == record.id_);
-        address_taken = address_taken || other.record_.address_ == record.address_;
+        id_taken = id_taken || (other.announced && other.record.id == record.id);
+        address_taken = address_taken || other.record.address == record.address;
     }
     if (address_taken)
         return address + " is the address of another member";
     if (id_taken)
         return "it has the id of another member";
-    if (!qd_on_one_side(record.address_, self_.address_)
-        || !surroundings_.reachable_(record.address_))
+    if (!qd_on_one_side(record.address, self_.address) || !surroundings_.reachable(record.address))
         return address + " cannot be reached from here";
     if (announced >= MAX_MEMBERS)
         return "the conference is full";
@@ -288,7 +286,7 @@ std::string QD_Membership::obstacle(const std::string& owner, const Peer& peer, 
 /// smaller owner keeps it, and everybody comes to that result by itself.
 bool QD_Membership::yield_to(const std::string& owner, const Peer& peer, Time now)
 {
-    if (peer.record_.id_ != self_.id_ || now >= live_since_ + times_.settle_ || owner > owner_)
+    if (peer.record.id != self_.id || now >= live_since_ + times_.settle || owner > owner_)
         return false;
     announced_ = false;
     events_.went(self_, "changes its id");
@@ -300,8 +298,8 @@ bool QD_Membership::yield_to(const std::string& owner, const Peer& peer, Time no
 
 void QD_Membership::withdraw(Peer& peer, const char* how)
 {
-    if (std::exchange(peer.announced_, false))
-        events_.went(peer.record_, how);
+    if (std::exchange(peer.announced, false))
+        events_.went(peer.record, how);
 }
 
 QD_Membership::Peers::iterator QD_Membership::remove(Peers::iterator peer, const char* how)
@@ -324,10 +322,10 @@ void QD_Membership::leave()
     state_ = OVER;
     if (!connected_)
         return;
-    self_.state_ = QD_Presence::LEFT;
-    ++self_.sequence_;
-    surroundings_.publish_(self_.encode());
-    surroundings_.publish_("");
+    self_.state = QD_Presence::LEFT;
+    ++self_.sequence;
+    surroundings_.publish(self_.encode());
+    surroundings_.publish("");
 }
 
 void QD_Membership::fail(const std::string& why)
@@ -340,9 +338,9 @@ QD_Membership::Time QD_Membership::deadline() const
 {
     if (state_ == OVER || !connected_)
         return Time::max();
-    Time first = std::min(patient_until_, answered_ ? beat_ : published_ + times_.answer_);
+    Time first = std::min(patient_until_, answered_ ? beat_ : published_ + times_.answer);
     for (const auto& [owner, peer] : peers_)
-        first = std::min(first, peer.departs_);
+        first = std::min(first, peer.departs);
     return first;
 }
 
@@ -351,24 +349,24 @@ void QD_Membership::keep_time(Time now)
     if (state_ == OVER || !connected_)
         return;
     for (auto peer = peers_.begin(); peer != peers_.end();)
-        peer = peer->second.departs_ <= now ? remove(peer, "is gone") : std::next(peer);
+        peer = peer->second.departs <= now ? remove(peer, "is gone") : std::next(peer);
     if (now >= patient_until_)
-        return fail(qd_address_text(self_.address_) + " is the address of another member");
+        return fail(qd_address_text(self_.address) + " is the address of another member");
     if (answered_ && now >= beat_)
         publish(now);
 }
 
 bool QD_Membership::unanswered(Time now) const
 {
-    return connected_ && !answered_ && now >= published_ + times_.answer_;
+    return connected_ && !answered_ && now >= published_ + times_.answer;
 }
 
 std::map<std::string, QD_Presence> QD_Membership::others() const
 {
     std::map<std::string, QD_Presence> announced;
     for (const auto& [owner, peer] : peers_) {
-        if (peer.announced_)
-            announced.emplace(owner, peer.record_);
+        if (peer.announced)
+            announced.emplace(owner, peer.record);
     }
     return announced;
 }

@@ -10,13 +10,13 @@
 
 /// How long what takes in a membership.
 struct QD_Membership_Times {
-    std::chrono::milliseconds beat_ {2000};      // between two records of a member
-    std::chrono::milliseconds hold_ {500};       // from a record's removal to the member's
-    std::chrono::milliseconds settle_ {1000};    // in which two live members settle who keeps an id
-    std::chrono::milliseconds patience_ {12000}; // for a taken address to come free
-    std::chrono::milliseconds return_ {8000};    // for the others to come back after the broker
-    std::chrono::milliseconds answer_ {6000};    // for the broker to carry our own record to us
-    int misses_ = 4; // so many own records carried and none of a member's: it is gone
+    std::chrono::milliseconds beat {2000};      // between two records of a member
+    std::chrono::milliseconds hold {500};       // from a record's removal to the member's
+    std::chrono::milliseconds settle {1000};    // in which two live members settle who keeps an id
+    std::chrono::milliseconds patience {12000}; // for a taken address to come free
+    std::chrono::milliseconds comeback {8000};  // for the others to come back after the broker
+    std::chrono::milliseconds answer {6000};    // for the broker to carry our own record to us
+    int misses = 4; // so many own records carried and none of a member's: it is gone
 };
 
 /// What a member is told of its conference, from within the operations that
@@ -62,15 +62,15 @@ public:
     using Time = QD_Clock::Time;
 
     struct Self {
-        std::string owner_; // under which our records are kept; unique for ever
-        std::string name_;
-        uint32_t address_ = 0;
+        std::string owner; // under which our records are kept; unique for ever
+        std::string name;
+        uint32_t address = 0;
     };
 
     struct Surroundings {
-        std::function<uint32_t()> random_;                // any 32 bits
-        std::function<bool(uint32_t address)> reachable_; // whether datagrams can be sent there
-        std::function<void(const std::string& record)> publish_; // retain it; "": remove it
+        std::function<uint32_t()> random;                // any 32 bits
+        std::function<bool(uint32_t address)> reachable; // whether datagrams can be sent there
+        std::function<void(const std::string& record)> publish; // retain it; "": remove it
     };
 
     /// `events` outlives this object.
@@ -110,12 +110,12 @@ public:
 
 private:
     struct Peer {
-        QD_Presence record_;
-        bool announced_ = false; // told to the client
-        Time since_;             // announced then
-        int missed_ = 0;         // own records carried since its last one
-        Time departs_ = Time::max();
-        std::string refused_; // why it is not announced, as it was said
+        QD_Presence record;
+        bool announced = false; // told to the client
+        Time since;             // announced then
+        int missed = 0;         // own records carried since its last one
+        Time departs = Time::max();
+        std::string refused; // why it is not announced, as it was said
     };
     using Peers = std::map<std::string, Peer>;
     enum State { OUT, CLAIMING, ADMITTED, LIVE, OVER };

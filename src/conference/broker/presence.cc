@@ -32,37 +32,37 @@ bool number(std::string_view text, uint32_t& value)
 
 std::string QD_Presence::encode() const
 {
-    return std::string(STATES[state_]) + " " + std::to_string(id_) + " " + qd_address_text(address_)
-        + " " + std::to_string(sequence_) + " " + name_;
+    return std::string(STATES[state]) + " " + std::to_string(id) + " " + qd_address_text(address)
+        + " " + std::to_string(sequence) + " " + name;
 }
 
 std::string QD_Presence::decode(std::string_view line)
 {
     if (line.size() > MAX_SIZE)
         return "it is longer than " + std::to_string(MAX_SIZE) + " bytes";
-    const std::string_view state = take_field(line);
-    const std::string_view id = take_field(line);
-    const std::string_view address = take_field(line);
-    const std::string_view sequence = take_field(line);
+    const std::string_view state_field = take_field(line);
+    const std::string_view id_field = take_field(line);
+    const std::string_view address_field = take_field(line);
+    const std::string_view sequence_field = take_field(line);
 
     QD_Presence read;
     size_t known = 0;
-    while (known < STATES.size() && STATES[known] != state)
+    while (known < STATES.size() && STATES[known] != state_field)
         ++known;
-    read.address_ = qd_address_number(address);
-    if (known == STATES.size() || !number(id, read.id_) || !number(sequence, read.sequence_)
-        || qd_address_text(read.address_) != address)
+    read.address = qd_address_number(address_field);
+    if (known == STATES.size() || !number(id_field, read.id)
+        || !number(sequence_field, read.sequence) || qd_address_text(read.address) != address_field)
         return "it is malformed";
-    if (read.id_ < MIN_ID || read.id_ > MAX_ID)
-        return "the id " + std::to_string(read.id_) + " is out of range";
-    if (std::string trouble = qd_host_trouble(read.address_); !trouble.empty())
+    if (read.id < MIN_ID || read.id > MAX_ID)
+        return "the id " + std::to_string(read.id) + " is out of range";
+    if (std::string trouble = qd_host_trouble(read.address); !trouble.empty())
         return trouble;
     if (std::string trouble = qd_name_trouble(line); !trouble.empty())
         return trouble;
-    read.state_ = static_cast<State>(known);
-    read.name_ = line;
+    read.state = static_cast<State>(known);
+    read.name = line;
     *this = read;
     return "";
 }
 
-std::string QD_Presence::label() const { return name_ + "@" + qd_address_text(address_); }
+std::string QD_Presence::label() const { return name + "@" + qd_address_text(address); }

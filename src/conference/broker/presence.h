@@ -22,11 +22,11 @@ struct QD_Presence {
     static constexpr uint32_t MAX_ID = (1U << 31) - 1;
     static constexpr size_t MAX_SIZE = 96; // bytes of the longest line, rounded up
 
-    State state_ = CLAIM;
-    uint32_t id_ = MIN_ID;
-    uint32_t address_ = 0;  // IPv4, as a number
-    uint32_t sequence_ = 0; // grows with every record of this member
-    std::string name_;
+    State state = CLAIM;
+    uint32_t id = MIN_ID;
+    uint32_t address = 0;  // IPv4, as a number
+    uint32_t sequence = 0; // grows with every record of this member
+    std::string name;
 
     std::string encode() const;
 

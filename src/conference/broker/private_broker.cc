@@ -82,10 +82,10 @@ std::string QD_Private_Broker::write_files(const std::string& directory) const
 {
     const std::string topic = url_.topic();
     const std::pair<const char*, std::string> files[] = {
-        {"keys", url_.user_ + ":" + url_.password_ + "\n"},
+        {"keys", url_.user + ":" + url_.password + "\n"},
         {"acl", "pattern read " + topic + "#\npattern write " + topic + "%u/+\n"},
         {"mosquitto.conf",
-            "listener " + std::to_string(url_.port_) + " " + url_.host_ + "\npsk_file " + directory
+            "listener " + std::to_string(url_.port) + " " + url_.host + "\npsk_file " + directory
                 + "/keys\npsk_hint quendal\nuse_identity_as_username true\n"
                   "allow_anonymous false\nacl_file "
                 + directory + "/acl\nmessage_size_limit "
@@ -111,29 +111,29 @@ std::string QD_Private_Broker::start(uint32_t address, uint16_t port, const std:
     const std::string program = find_mosquitto();
     if (program.empty())
         return "the broker's program mosquitto is not installed";
-    url_.scheme_ = QD_Broker_Url::SHARED_KEY;
-    url_.host_ = qd_address_text(address);
-    url_.user_ = "guest";
-    url_.password_ = fresh_key();
-    url_.port_ = free_port(address, port != 0 ? port : USUAL_PORT);
-    if (url_.port_ == 0 && port == 0)
-        url_.port_ = free_port(address, 0);
-    if (url_.port_ == 0)
+    url_.scheme = QD_Broker_Url::SHARED_KEY;
+    url_.host = qd_address_text(address);
+    url_.user = "guest";
+    url_.password = fresh_key();
+    url_.port = free_port(address, port != 0 ? port : USUAL_PORT);
+    if (url_.port == 0 && port == 0)
+        url_.port = free_port(address, 0);
+    if (url_.port == 0)
         return "the port " + std::to_string(port) + " is in use";
     if (std::string trouble = write_files(directory); !trouble.empty())
         return trouble;
 
     QD_Launch launch;
-    launch.program_ = program;
-    launch.arguments_ = {"-c", directory + "/mosquitto.conf"};
-    launch.log_ = directory + "/log.txt";
+    launch.program = program;
+    launch.arguments = {"-c", directory + "/mosquitto.conf"};
+    launch.log = directory + "/log.txt";
     if (child_.start(launch) < 0)
         return std::string("the broker cannot be started: ") + strerror(errno);
     const auto bound = QD_Clock::real().now() + START_BOUND;
-    while (!answers(address, url_.port_)) {
+    while (!answers(address, url_.port)) {
         pollfd ended {child_.get(), POLLIN, 0};
         if (::poll(&ended, 1, 20) > 0 || QD_Clock::real().now() > bound)
-            return "the broker does not start; see " + launch.log_;
+            return "the broker does not start; see " + launch.log;
     }
     return "";
 }

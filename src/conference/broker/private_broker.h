@@ -9,7 +9,7 @@
 class QD_Private_Broker {
 public:
     /// For one conference, whose name is a good one.
-    explicit QD_Private_Broker(const std::string& conference) { url_.conference_ = conference; }
+    explicit QD_Private_Broker(const std::string& conference) { url_.conference = conference; }
 
     /// Starts it at `address` (a number), at `port` or, with 0, at 8883 or any
     /// free port, and waits until it answers, at most 5 s. Its files go to

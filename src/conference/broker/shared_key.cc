@@ -25,10 +25,10 @@ unsigned give_key(SSL* connection, const char* /*hint*/, char* identity, unsigne
 {
     const auto* url
         = static_cast<const QD_Broker_Url*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(connection)));
-    if (url->user_.size() >= identity_room)
+    if (url->user.size() >= identity_room)
         return 0;
-    memcpy(identity, url->user_.c_str(), url->user_.size() + 1);
-    return put_key(url->password_, key, key_room);
+    memcpy(identity, url->user.c_str(), url->user.size() + 1);
+    return put_key(url->password, key, key_room);
 }
 
 }

@@ -5,29 +5,29 @@
 namespace {
 
 struct Medium {
-    const char* sent_;     // format of the line on what was sent
-    const char* received_; // beginning of the lines on what was received
-    QD_Medium_Figures QD_Client_Figures::*figures_;
+    const char* sent;     // format of the line on what was sent
+    const char* received; // beginning of the lines on what was received
+    QD_Medium_Figures QD_Client_Figures::*figures;
 };
 
-constexpr Medium media[] = {
-    {"QD_AudioApp: sent %d packets", "QD_Session_Control: audio ", &QD_Client_Figures::audio_},
-    {"QD_VideoApp: sent %d packets", "QD_Session_Control: video ", &QD_Client_Figures::video_},
+constexpr Medium MEDIA[] = {
+    {"QD_AudioApp: sent %d packets", "QD_Session_Control: audio ", &QD_Client_Figures::audio},
+    {"QD_VideoApp: sent %d packets", "QD_Session_Control: video ", &QD_Client_Figures::video},
 };
 
 void read_line(const std::string& line, const Medium& medium, QD_Medium_Figures& figures)
 {
-    if (sscanf(line.c_str(), medium.sent_, &figures.sent_) == 1)
+    if (sscanf(line.c_str(), medium.sent, &figures.sent) == 1)
         return;
     // Before the id stands a display string, in which anything may occur.
     const size_t id_at = line.rfind(", id=");
     QD_Medium_Figures::Reception from;
     uint32_t id = 0;
-    if (line.starts_with(medium.received_) && id_at != std::string::npos
+    if (line.starts_with(medium.received) && id_at != std::string::npos
         && sscanf(&line[id_at], ", id=%u: received %d, lost %d, late %d, shown %d", &id,
-               &from.received_, &from.lost_, &from.late_, &from.shown_)
+               &from.received, &from.lost, &from.late, &from.shown)
             >= 4)
-        figures.from_[id] = from;
+        figures.from[id] = from;
 }
 
 }
@@ -37,8 +37,8 @@ QD_Client_Figures qd_read_client_log(std::istream& log)
     QD_Client_Figures figures;
     std::string line;
     while (std::getline(log, line)) {
-        for (const Medium& medium : media)
-            read_line(line, medium, figures.*medium.figures_);
+        for (const Medium& medium : MEDIA)
+            read_line(line, medium, figures.*medium.figures);
     }
     return figures;
 }

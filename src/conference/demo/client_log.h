@@ -11,18 +11,18 @@
 /// the count.
 struct QD_Medium_Figures {
     struct Reception {
-        int received_ = 0;
-        int lost_ = 0;
-        int late_ = 0;
-        int shown_ = -1; // pictures drawn; -1: not said, as for sound
+        int received = 0;
+        int lost = 0;
+        int late = 0;
+        int shown = -1; // pictures drawn; -1: not said, as for sound
     };
-    int sent_ = -1; // -1: the client did not say
-    std::map<uint32_t, Reception> from_;
+    int sent = -1; // -1: the client did not say
+    std::map<uint32_t, Reception> from;
 };
 
 struct QD_Client_Figures {
-    QD_Medium_Figures audio_;
-    QD_Medium_Figures video_;
+    QD_Medium_Figures audio;
+    QD_Medium_Figures video;
 };
 
 /// Reads the lines that carry figures; all others are passed over.

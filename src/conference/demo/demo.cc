@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* names[]
+constexpr const char* NAMES[]
     = {"anna", "bernt", "chiara", "dmitri", "elena", "franz", "greta", "henri"};
 
 // What a member's windows take on the screen, with their frames: the main
@@ -62,25 +62,25 @@ std::string place(int x, int y) { return "+" + std::to_string(x) + "+" + std::to
 /// room for comes on top of the others.
 void place_windows(const QD_Command_Line& line, int index, QD_Member_Plan& plan)
 {
-    const int tile_width = VIDEO_X + line.count_ * VIDEO_WIDTH;
-    const int rows = std::max(1, line.screen_height_ / TILE_HEIGHT);
-    const int columns = std::max(1, line.screen_width_ / tile_width);
+    const int tile_width = VIDEO_X + line.count * VIDEO_WIDTH;
+    const int rows = std::max(1, line.screen_height / TILE_HEIGHT);
+    const int columns = std::max(1, line.screen_width / tile_width);
     const int shift = index / (rows * columns) * CASCADE;
     const int x = index / rows % columns * tile_width + shift;
     const int y = index % rows * TILE_HEIGHT + shift;
-    plan.options_ = {"-geometry", place(x, y)};
+    plan.options = {"-geometry", place(x, y)};
     for (const std::string& resource :
         {std::string("showStatistics: True"), "statWindow.geometry: " + place(x + STATISTICS_X, y),
             std::string("toggle.set: True"), "videoX: " + std::to_string(x + VIDEO_X),
             "videoY: " + std::to_string(y), "videoStepX: " + std::to_string(VIDEO_WIDTH)}) {
-        plan.options_.emplace_back("-xrm");
-        plan.options_.push_back("*" + resource);
+        plan.options.emplace_back("-xrm");
+        plan.options.push_back("*" + resource);
     }
 }
 
 struct Heard {
-    QD_Voice_Match match_;
-    fs::path file_;
+    QD_Voice_Match match;
+    fs::path file;
 };
 
 /// What a member's recorder took, by the index of the voice; the longest of each.
@@ -95,8 +95,8 @@ std::map<int, Heard> recordings(const std::string& speaker, std::span<const QD_V
             || qd_read_wav(files->path(), sound) < 0)
             continue;
         const QD_Voice_Match match = qd_match_voice(sound, voices);
-        Heard& best = heard[match.voice_];
-        if (match.seconds_ > best.match_.seconds_)
+        Heard& best = heard[match.voice];
+        if (match.seconds > best.match.seconds)
             best = {match, files->path()};
     }
     return heard;
@@ -113,18 +113,16 @@ std::string count(int value) { return value < 0 ? "-" : std::to_string(value); }
 
 std::string reception(const QD_Medium_Figures& figures, uint32_t id)
 {
-    const auto found = figures.from_.find(id);
-    if (found == figures.from_.end())
+    const auto found = figures.from.find(id);
+    if (found == figures.from.end())
         return formatted("%8s %5s %5s", "-", "-", "-");
-    return formatted(
-        "%8d %5d %5d", found->second.received_, found->second.lost_, found->second.late_);
+    return formatted("%8d %5d %5d", found->second.received, found->second.lost, found->second.late);
 }
 
 std::string shown(const QD_Medium_Figures& figures, uint32_t id)
 {
-    const auto found = figures.from_.find(id);
-    return formatted(
-        " %6s", count(found == figures.from_.end() ? -1 : found->second.shown_).c_str());
+    const auto found = figures.from.find(id);
+    return formatted(" %6s", count(found == figures.from.end() ? -1 : found->second.shown).c_str());
 }
 
 class Report {
@@ -141,11 +139,11 @@ public:
     int print()
     {
         for (const QD_Member_Plan& member : members_) {
-            std::ifstream log(directory_ + "/" + member.name_ + "/log.txt");
+            std::ifstream log(directory_ + "/" + member.name + "/log.txt");
             figures_.push_back(qd_read_client_log(log));
             voices_.emplace_back();
             if (recorded_)
-                qd_read_wav(voice_of(directory_, member.name_), voices_.back());
+                qd_read_wav(voice_of(directory_, member.name), voices_.back());
         }
         out_ << "\nsound\n"
              << formatted("%-10s %6s  %-10s %8s %5s %5s", "member", "sent", "from", "received",
@@ -161,8 +159,8 @@ public:
 private:
     std::string line(size_t to, size_t from, const QD_Medium_Figures& figures, bool first) const
     {
-        return formatted("%-10s %6s  %-10s ", first ? members_[to].name_.c_str() : "",
-                   first ? count(figures.sent_).c_str() : "", members_[from].name_.c_str())
+        return formatted("%-10s %6s  %-10s ", first ? members_[to].name.c_str() : "",
+                   first ? count(figures.sent).c_str() : "", members_[from].name.c_str())
             + reception(figures, static_cast<uint32_t>(from + 1));
     }
 
@@ -170,12 +168,12 @@ private:
     {
         std::map<int, Heard> heard;
         if (recorded_)
-            heard = recordings(speaker_of(directory_, members_[to].name_), voices_);
+            heard = recordings(speaker_of(directory_, members_[to].name), voices_);
         bool first = true;
         for (size_t from = 0; from < members_.size(); ++from) {
             if (from == to)
                 continue;
-            out_ << line(to, from, figures_[to].audio_, first);
+            out_ << line(to, from, figures_[to].audio, first);
             first = false;
             if (recorded_)
                 print_heard(to, from, heard[static_cast<int>(from)]);
@@ -185,18 +183,18 @@ private:
 
     void print_heard(size_t to, size_t from, const Heard& heard)
     {
-        if (heard.match_.correlation_ <= FAITHFUL)
+        if (heard.match.correlation <= FAITHFUL)
             faithful_ = false;
-        if (heard.file_.empty()) {
+        if (heard.file.empty()) {
             out_ << formatted("%8s  %8s", "nothing", "-");
             return;
         }
-        out_ << formatted("%6.1f s  %8.4f", heard.match_.seconds_, heard.match_.correlation_);
+        out_ << formatted("%6.1f s  %8.4f", heard.match.seconds, heard.match.correlation);
         const fs::path kept = fs::path(directory_) / "heard"
-            / (members_[to].name_ + "-hears-" + members_[from].name_ + ".wav");
+            / (members_[to].name + "-hears-" + members_[from].name + ".wav");
         std::error_code error;
         fs::create_directories(kept.parent_path(), error);
-        fs::copy_file(heard.file_, kept, fs::copy_options::overwrite_existing, error);
+        fs::copy_file(heard.file, kept, fs::copy_options::overwrite_existing, error);
         if (error)
             out_ << "  " << kept.string() << ": " << error.message();
     }
@@ -205,7 +203,7 @@ private:
     {
         bool any = false;
         for (const QD_Client_Figures& figures : figures_)
-            any = any || figures.video_.sent_ >= 0;
+            any = any || figures.video.sent >= 0;
         if (!any)
             return;
         out_ << "\npictures\n"
@@ -216,8 +214,8 @@ private:
             for (size_t from = 0; from < members_.size(); ++from) {
                 if (from == to)
                     continue;
-                out_ << line(to, from, figures_[to].video_, first)
-                     << shown(figures_[to].video_, static_cast<uint32_t>(from + 1)) << "\n";
+                out_ << line(to, from, figures_[to].video, first)
+                     << shown(figures_[to].video, static_cast<uint32_t>(from + 1)) << "\n";
                 first = false;
             }
         }
@@ -240,27 +238,27 @@ int qd_prepare_demo(const QD_Command_Line& line, const std::string& directory,
     std::error_code error;
     fs::create_directories(directory + "/voices", error);
     fs::remove_all(directory + "/heard", error);
-    for (int i = 0; i < line.count_; ++i) {
+    for (int i = 0; i < line.count; ++i) {
         QD_Member_Plan plan;
-        plan.name_ = names[i];
+        plan.name = NAMES[i];
         place_windows(line, i, plan);
 
-        const std::string voice = voice_of(directory, plan.name_);
-        const std::string speaker = speaker_of(directory, plan.name_);
+        const std::string voice = voice_of(directory, plan.name);
+        const std::string speaker = speaker_of(directory, plan.name);
         if (!fs::exists(voice) && qd_write_wav(voice, tune(static_cast<unsigned>(i))) < 0) {
             out << voice << ": cannot be written" << std::endl;
             return -1;
         }
         fs::remove_all(speaker, error);
         fs::create_directories(speaker, error);
-        plan.environment_.push_back("QD_MIC=file:" + voice);
-        if (line.seconds_ > 0)
-            plan.environment_.push_back("QD_SPEAKER=file:" + speaker);
+        plan.environment.push_back("QD_MIC=file:" + voice);
+        if (line.seconds > 0)
+            plan.environment.push_back("QD_SPEAKER=file:" + speaker);
         else if (i > 0) // the first member's loudspeaker is the user's
-            plan.environment_.push_back("QD_SPEAKER=null");
+            plan.environment.push_back("QD_SPEAKER=null");
         if (getenv("QD_CAMERA") == nullptr) // a real one serves one client only
-            plan.environment_.push_back(
-                "QD_CAMERA=testcard:" + std::to_string(i * 360 / line.count_));
+            plan.environment.push_back(
+                "QD_CAMERA=testcard:" + std::to_string(i * 360 / line.count));
         members.push_back(std::move(plan));
     }
     return 0;

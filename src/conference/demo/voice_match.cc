@@ -114,7 +114,7 @@ QD_Voice_Match qd_match_voice(std::span<const int16_t> heard, std::span<const QD
     const int64_t energy = product(sample.data(), sample.data(), sample.size());
 
     QD_Voice_Match match;
-    match.seconds_ = static_cast<double>(sound.size()) / QD_SOUND_RATE;
+    match.seconds = static_cast<double>(sound.size()) / QD_SOUND_RATE;
     double most = NO_VOICE;
     for (size_t i = 0; i < voices.size(); ++i) {
         const Loop loop(voices[i]);
@@ -122,10 +122,10 @@ QD_Voice_Match qd_match_voice(std::span<const int16_t> heard, std::span<const QD
         const double fit = loop.length() > 0 ? loop.best(sample, energy, place) : 0;
         if (fit > most) {
             most = fit;
-            match.voice_ = static_cast<int>(i);
+            match.voice = static_cast<int>(i);
         }
     }
-    if (match.voice_ >= 0)
-        match.correlation_ = correlation(sound, Loop(voices[static_cast<size_t>(match.voice_)]));
+    if (match.voice >= 0)
+        match.correlation = correlation(sound, Loop(voices[static_cast<size_t>(match.voice)]));
     return match;
 }

@@ -9,9 +9,9 @@
 using QD_Voice = std::vector<int16_t>;
 
 struct QD_Voice_Match {
-    int voice_ = -1;         // index among the voices, -1: silence, or none of them
-    double seconds_ = 0;     // from the first sound to the last, at 8000 samples a second
-    double correlation_ = 0; // -1..1, 1 for an exact copy, of any loudness
+    int voice = -1;         // index among the voices, -1: silence, or none of them
+    double seconds = 0;     // from the first sound to the last, at 8000 samples a second
+    double correlation = 0; // -1..1, 1 for an exact copy, of any loudness
 };
 
 /// Finds the voice of `heard` among `voices`. The recording may begin and end

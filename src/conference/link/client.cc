@@ -53,7 +53,7 @@ int QD_Client::start(QD_Launch launch)
     if (!listener)
         return -1;
     for (uint32_t argument : {AID, sid, at, uint32_t {port}})
-        launch.arguments_.push_back(std::to_string(argument));
+        launch.arguments.push_back(std::to_string(argument));
     if (child_.start(launch) < 0)
         return -1;
 
@@ -63,7 +63,7 @@ int QD_Client::start(QD_Launch launch)
     qd_put_u32(&registration_[4], sid);
     qd_put_u32(&registration_[8], at);
     state_ = STARTING;
-    deadline_ = now_is() + bounds_.registration_;
+    deadline_ = now_is() + bounds_.registration;
     return 0;
 }
 
@@ -87,7 +87,7 @@ void QD_Client::finish()
 {
     const bool told = state_ == LINKED && link_->send(QD_MEMBERSHIP_EVENT, qd_end_record()) == 0;
     state_ = ENDING;
-    deadline_ = now_is() + bounds_.end_;
+    deadline_ = now_is() + bounds_.end;
     listener_.reset();
     if (!told) {
         link_.reset();
@@ -102,7 +102,7 @@ void QD_Client::insist()
     state_ = ENDING;
     signalled_ = signalled_ == 0 ? SIGTERM : SIGKILL;
     child_.signal(signalled_);
-    deadline_ = signalled_ == SIGKILL ? QD_Clock::Time::max() : now_is() + bounds_.insist_;
+    deadline_ = signalled_ == SIGKILL ? QD_Clock::Time::max() : now_is() + bounds_.insist;
 }
 
 void QD_Client::fail(const std::string& why)
@@ -146,15 +146,15 @@ void QD_Client::serve()
 void QD_Client::go_on(QD_Clock::Time now)
 {
     if (state_ == STARTING) {
-        fail("did not register within " + seconds(bounds_.registration_));
+        fail("did not register within " + seconds(bounds_.registration));
     } else if (state_ == LINKED && probe_.empty()) {
         send_probe(now);
     } else if (state_ == LINKED) {
-        fail("has not answered for " + seconds(bounds_.echo_));
+        fail("has not answered for " + seconds(bounds_.echo));
     } else {
         if (trouble_.empty())
             trouble_ = std::string(asked_ ? "did not end" : "closed its link and did not end")
-                + " within " + seconds(bounds_.end_);
+                + " within " + seconds(bounds_.end);
         insist();
     }
 }
@@ -200,7 +200,7 @@ void QD_Client::lose_link()
         fail("closed its link before it had registered");
     } else if (state_ == LINKED) { // a user who leaves ends like this
         state_ = ENDING;
-        deadline_ = now_is() + bounds_.end_;
+        deadline_ = now_is() + bounds_.end;
     }
 }
 
@@ -214,7 +214,7 @@ void QD_Client::check_registration()
         return;
     }
     state_ = LINKED;
-    deadline_ = now_is() + bounds_.probe_every_;
+    deadline_ = now_is() + bounds_.probe_every;
 }
 
 void QD_Client::send_probe(QD_Clock::Time now)
@@ -226,7 +226,7 @@ void QD_Client::send_probe(QD_Clock::Time now)
     probe_.assign(greeting.begin(), greeting.end());
     for (int i = 0; i < 8; ++i)
         probe_.push_back(static_cast<uint8_t>(random()));
-    deadline_ = now + bounds_.echo_;
+    deadline_ = now + bounds_.echo;
     if (link_->send(Event::ECHO, probe_) < 0)
         fail("does not read its link");
 }
@@ -238,7 +238,7 @@ void QD_Client::check_echo(const QD_Event_Link::Received& event)
         return;
     }
     probe_.clear();
-    deadline_ = now_is() + bounds_.probe_every_;
+    deadline_ = now_is() + bounds_.probe_every;
 }
 
 void QD_Client::process_ended()

@@ -11,11 +11,11 @@
 
 /// How long a client may take for what.
 struct QD_Bounds {
-    std::chrono::milliseconds registration_ {5000}; // from its start
-    std::chrono::milliseconds probe_every_ {2000};  // an echo probe this long after the last answer
-    std::chrono::milliseconds echo_ {5000};         // for the answer
-    std::chrono::milliseconds end_ {10000};         // from '>' to SIGTERM
-    std::chrono::milliseconds insist_ {2000};       // from SIGTERM to SIGKILL
+    std::chrono::milliseconds registration {5000}; // from its start
+    std::chrono::milliseconds probe_every {2000};  // an echo probe this long after the last answer
+    std::chrono::milliseconds echo {5000};         // for the answer
+    std::chrono::milliseconds end {10000};         // from '>' to SIGTERM
+    std::chrono::milliseconds insist {2000};       // from SIGTERM to SIGKILL
 };
 
 /// What the environment of a client says who is told of its members: calls

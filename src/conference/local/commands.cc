@@ -13,12 +13,12 @@ void join(QD_Conference& conference, std::ostream& out, std::string_view argumen
 }
 
 struct Command {
-    std::string_view name_;
-    bool has_argument_;
-    void (*execute_)(QD_Conference&, std::ostream&, std::string_view argument);
+    std::string_view name;
+    bool has_argument;
+    void (*execute)(QD_Conference&, std::ostream&, std::string_view argument);
 };
 
-constexpr Command command_table[] = {
+constexpr Command COMMAND_TABLE[] = {
     {"join", true, join},
     {"leave", true,
         [](QD_Conference& conference, std::ostream&, std::string_view name) {
@@ -36,9 +36,9 @@ void QD_Commands::execute(std::string_view line)
 {
     const std::string_view name = line.substr(0, line.find_first_of(" \t"));
     const std::string_view argument = QD_Line_Reader::trimmed(line.substr(name.size()));
-    for (const Command& command : command_table) {
-        if (command.name_ == name && command.has_argument_ == !argument.empty()) {
-            command.execute_(conference_, out_, argument);
+    for (const Command& command : COMMAND_TABLE) {
+        if (command.name == name && command.has_argument == !argument.empty()) {
+            command.execute(conference_, out_, argument);
             return;
         }
     }

@@ -59,9 +59,9 @@ void QD_Companion::keep_time(const QD_Course& course)
     const QD_Clock::Time now = QD_Clock::real().now();
     switch (phase_) {
     case GATHERING:
-        if (conference_.settled() && course.length_.count() > 0) {
+        if (conference_.settled() && course.length.count() > 0) {
             phase_ = TALKING;
-            deadline_ = now + course.length_;
+            deadline_ = now + course.length;
         }
         break;
     case TALKING:
@@ -71,9 +71,9 @@ void QD_Companion::keep_time(const QD_Course& course)
     case COMMAND:
         if (command_.take_end()) {
             if (!command_.ended_well())
-                out_ << course.before_end_ << ": " << command_.how_it_ended() << std::endl;
+                out_ << course.before_end << ": " << command_.how_it_ended() << std::endl;
         } else if (now >= deadline_) {
-            out_ << course.before_end_ << ": takes too long" << std::endl;
+            out_ << course.before_end << ": takes too long" << std::endl;
             command_.signal(SIGKILL);
         } else {
             break;
@@ -92,18 +92,18 @@ void QD_Companion::start_end(const QD_Course& course)
 {
     phase_ = LEAVING;
     deadline_ = QD_Clock::Time::max();
-    if (course.before_end_.empty()) {
+    if (course.before_end.empty()) {
         conference_.end();
         return;
     }
     QD_Launch launch;
-    launch.program_ = "/bin/sh";
-    launch.arguments_ = {"-c", course.before_end_};
+    launch.program = "/bin/sh";
+    launch.arguments = {"-c", course.before_end};
     if (command_.start(launch) < 0) {
-        out_ << course.before_end_ << ": cannot be started" << std::endl;
+        out_ << course.before_end << ": cannot be started" << std::endl;
         conference_.end();
         return;
     }
     phase_ = COMMAND;
-    deadline_ = QD_Clock::real().now() + course.command_bound_;
+    deadline_ = QD_Clock::real().now() + course.command_bound;
 }

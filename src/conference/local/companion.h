@@ -5,9 +5,9 @@
 
 /// How long a conference goes on.
 struct QD_Course {
-    std::chrono::seconds length_ {0}; // from when all have registered; 0: until it ends by itself
-    std::string before_end_;          // a shell command, run when that time is over; "": none
-    std::chrono::milliseconds command_bound_ {20000}; // for that command
+    std::chrono::seconds length {0}; // from when all have registered; 0: until it ends by itself
+    std::string before_end;          // a shell command, run when that time is over; "": none
+    std::chrono::milliseconds command_bound {20000}; // for that command
 };
 
 /// SIGINT, SIGTERM and SIGHUP end a conference orderly; a second one does not

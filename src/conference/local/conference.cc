@@ -36,8 +36,8 @@ std::string qd_parse_member(std::string_view text, QD_Member_Plan& plan)
         trouble = address == 0 ? "what follows the '@' is no IPv4 address" : "";
     }
     if (trouble.empty()) {
-        plan.name_ = name;
-        plan.address_ = address;
+        plan.name = name;
+        plan.address = address;
     }
     return trouble;
 }
@@ -51,7 +51,7 @@ QD_Conference::QD_Conference(QD_Conference_Setup setup, std::ostream& out) :
 QD_Conference::Member* QD_Conference::find(std::string_view name)
 {
     const auto found = std::find_if(
-        members_.begin(), members_.end(), [&](const Member& m) { return m.name_ == name; });
+        members_.begin(), members_.end(), [&](const Member& m) { return m.name == name; });
     return found == members_.end() ? nullptr : &*found;
 }
 
@@ -67,74 +67,73 @@ int QD_Conference::choose_address(Member& member, uint32_t wanted)
         const std::string text = qd_address_text(wanted);
         const std::string trouble = qd_address_trouble(wanted);
         if (!trouble.empty())
-            return refuse(member.name_, text + " " + trouble);
+            return refuse(member.name, text + " " + trouble);
         for (const Member& other : members_) {
-            if (other.address_ == wanted)
-                return refuse(member.name_, text + " is already the address of " + other.name_);
+            if (other.address == wanted)
+                return refuse(member.name, text + " is already the address of " + other.name);
         }
-        member.address_ = wanted;
-        member.claim_ = qd_claim_address(wanted);
-        return member.claim_ ? 0 : refuse(member.name_, text + " is in use on this machine");
+        member.address = wanted;
+        member.claim = qd_claim_address(wanted);
+        return member.claim ? 0 : refuse(member.name, text + " is in use on this machine");
     }
     for (uint32_t address = FIRST_ADDRESS; address <= LAST_ADDRESS; ++address) {
-        member.address_ = address;
-        member.claim_ = qd_claim_address(address);
-        if (member.claim_)
+        member.address = address;
+        member.claim = qd_claim_address(address);
+        if (member.claim)
             return 0;
     }
-    return refuse(member.name_,
+    return refuse(member.name,
         "no address from " + qd_address_text(FIRST_ADDRESS) + " to " + qd_address_text(LAST_ADDRESS)
             + " is free");
 }
 
 std::string QD_Conference::directory_of(std::string_view name) const
 {
-    return setup_.directory_ + "/" + std::string(name);
+    return setup_.directory + "/" + std::string(name);
 }
 
 QD_Launch QD_Conference::launch_of(const Member& member, const QD_Member_Plan& plan) const
 {
     QD_Launch launch;
-    launch.program_ = setup_.client_;
-    if (!setup_.announced_) // people call from windows that nothing else tells apart
-        launch.arguments_ = {"-title", "Quendal: " + member.name_};
-    launch.arguments_.insert(
-        launch.arguments_.end(), setup_.options_.begin(), setup_.options_.end());
-    launch.arguments_.insert(launch.arguments_.end(), plan.options_.begin(), plan.options_.end());
-    launch.directory_ = directory_of(member.name_);
-    launch.log_ = launch.directory_ + "/log.txt";
-    launch.environment_ = plan.environment_;
-    launch.environment_.push_back("QD_LOCAL_ADDRESS=" + qd_address_text(member.address_));
-    launch.environment_.push_back("HOME=" + launch.directory_);
-    if (setup_.announced_)
-        launch.environment_.emplace_back(QD_NO_CALLS);
-    keep_access(launch.environment_);
+    launch.program = setup_.client;
+    if (!setup_.announced) // people call from windows that nothing else tells apart
+        launch.arguments = {"-title", "Quendal: " + member.name};
+    launch.arguments.insert(launch.arguments.end(), setup_.options.begin(), setup_.options.end());
+    launch.arguments.insert(launch.arguments.end(), plan.options.begin(), plan.options.end());
+    launch.directory = directory_of(member.name);
+    launch.log = launch.directory + "/log.txt";
+    launch.environment = plan.environment;
+    launch.environment.push_back("QD_LOCAL_ADDRESS=" + qd_address_text(member.address));
+    launch.environment.push_back("HOME=" + launch.directory);
+    if (setup_.announced)
+        launch.environment.emplace_back(QD_NO_CALLS);
+    keep_access(launch.environment);
     return launch;
 }
 
 int QD_Conference::join(const QD_Member_Plan& plan)
 {
-    if (const std::string trouble = qd_name_trouble(plan.name_); !trouble.empty())
-        return refuse(plan.name_, trouble);
-    if (find(plan.name_) != nullptr)
-        return refuse(plan.name_, "there is a member of this name");
+    if (const std::string trouble = qd_name_trouble(plan.name); !trouble.empty())
+        return refuse(plan.name, trouble);
+    if (find(plan.name) != nullptr)
+        return refuse(plan.name, "there is a member of this name");
 
     Member member;
-    member.name_ = plan.name_;
-    if (choose_address(member, plan.address_) < 0)
+    member.name = plan.name;
+    if (choose_address(member, plan.address) < 0)
         return -1;
-    member.label_ = member.name_ + "@" + qd_address_text(member.address_);
-    member.id_ = last_id_ + 1;
-    member.client_ = std::make_unique<QD_Client>(setup_.bounds_);
+    member.label = member.name + "@" + qd_address_text(member.address);
+    member.id = last_id_ + 1;
+    member.client = std::make_unique<QD_Client>(setup_.bounds);
 
     const QD_Launch launch = launch_of(member, plan);
     std::error_code error;
-    std::filesystem::create_directories(launch.directory_, error);
+    std::filesystem::create_directories(launch.directory, error);
     if (error)
-        return refuse(member.label_, launch.directory_ + ": " + error.message());
-    if (member.client_->start(launch) < 0)
-        return refuse(member.label_, std::string("cannot be started: ") + strerror(errno));
-    last_id_ = member.id_;
+        return refuse(member.label, launch.directory + ": " + error.message());
+    if (member.client->start(launch) < 0)
+        return refuse(member.label, std::string("cannot be started: ") + strerror(errno));
+    last_id_ = member.id;
     members_.push_back(std::move(member));
     return 0;
 }
@@ -145,15 +144,15 @@ int QD_Conference::leave(std::string_view name)
     if (member == nullptr)
         return refuse(name, "there is no member of this name");
     withdraw(*member);
-    member->client_->end();
+    member->client->end();
     return 0;
 }
 
 void QD_Conference::list() const
 {
     for (const Member& member : members_) {
-        const QD_Client::State state = member.client_->state();
-        out_ << member.id_ << "  " << member.label_
+        const QD_Client::State state = member.client->state();
+        out_ << member.id << "  " << member.label
              << (state == QD_Client::LINKED            ? ""
                         : state == QD_Client::STARTING ? "  (starting)"
                                                        : "  (ending)")
@@ -166,63 +165,63 @@ void QD_Conference::end()
 {
     // Nobody is told of anybody's leaving: all leave.
     for (Member& member : members_) {
-        member.announced_ = false;
-        member.client_->end();
+        member.announced = false;
+        member.client->end();
     }
 }
 
 void QD_Conference::insist()
 {
     for (Member& member : members_)
-        member.client_->insist();
+        member.client->insist();
 }
 
 bool QD_Conference::settled() const
 {
     return std::none_of(members_.begin(), members_.end(),
-        [](const Member& m) { return m.client_->state() == QD_Client::STARTING; });
+        [](const Member& m) { return m.client->state() == QD_Client::STARTING; });
 }
 
 void QD_Conference::announce(Member& newcomer)
 {
-    newcomer.announced_ = true;
-    out_ << newcomer.label_ << " has joined" << std::endl;
-    if (!setup_.announced_)
+    newcomer.announced = true;
+    out_ << newcomer.label << " has joined" << std::endl;
+    if (!setup_.announced)
         return;
-    const QD_Bytes own = qd_add_record(newcomer.address_, newcomer.id_, newcomer.name_);
-    newcomer.client_->send(own); // first of all, so that it knows its own id
+    const QD_Bytes own = qd_add_record(newcomer.address, newcomer.id, newcomer.name);
+    newcomer.client->send(own); // first of all, so that it knows its own id
     for (Member& other : members_) {
-        if (&other == &newcomer || !other.announced_)
+        if (&other == &newcomer || !other.announced)
             continue;
-        newcomer.client_->send(qd_add_record(other.address_, other.id_, other.name_));
-        other.client_->send(own);
+        newcomer.client->send(qd_add_record(other.address, other.id, other.name));
+        other.client->send(own);
     }
 }
 
 void QD_Conference::withdraw(Member& leaver)
 {
-    if (!leaver.announced_)
+    if (!leaver.announced)
         return;
-    leaver.announced_ = false;
-    if (!setup_.announced_)
+    leaver.announced = false;
+    if (!setup_.announced)
         return;
-    const QD_Bytes record = qd_remove_record(leaver.address_, leaver.id_, leaver.name_);
+    const QD_Bytes record = qd_remove_record(leaver.address, leaver.id, leaver.name);
     for (Member& other : members_) {
-        if (&other != &leaver && other.announced_)
-            other.client_->send(record);
+        if (&other != &leaver && other.announced)
+            other.client->send(record);
     }
 }
 
 void QD_Conference::report(Member& member)
 {
-    const std::string& trouble = member.client_->trouble();
+    const std::string& trouble = member.client->trouble();
     if (trouble.empty()) {
-        if (member.client_->state() == QD_Client::ENDED)
-            out_ << member.label_ << " has left" << std::endl;
-    } else if (!member.reported_) {
-        member.reported_ = true;
+        if (member.client->state() == QD_Client::ENDED)
+            out_ << member.label << " has left" << std::endl;
+    } else if (!member.reported) {
+        member.reported = true;
         ++failures_;
-        out_ << member.label_ << " " << trouble << "; see " << directory_of(member.name_)
+        out_ << member.label << " " << trouble << "; see " << directory_of(member.name)
              << "/log.txt" << std::endl;
     }
 }
@@ -230,30 +229,30 @@ void QD_Conference::report(Member& member)
 void QD_Conference::watch(std::vector<pollfd>& polled) const
 {
     for (const Member& member : members_)
-        member.client_->watch(polled);
+        member.client->watch(polled);
 }
 
 QD_Clock::Time QD_Conference::deadline() const
 {
     QD_Clock::Time first = QD_Clock::Time::max();
     for (const Member& member : members_)
-        first = std::min(first, member.client_->deadline());
+        first = std::min(first, member.client->deadline());
     return first;
 }
 
 void QD_Conference::serve()
 {
     for (Member& member : members_) {
-        const QD_Client::State before = member.client_->state();
-        member.client_->serve();
-        if (before == QD_Client::STARTING && member.client_->state() == QD_Client::LINKED)
+        const QD_Client::State before = member.client->state();
+        member.client->serve();
+        if (before == QD_Client::STARTING && member.client->state() == QD_Client::LINKED)
             announce(member);
     }
     // A record that could not be written is one more that is out, and so on.
     for (bool changed = true; changed;) {
         changed = false;
         for (Member& member : members_) {
-            if (member.announced_ && member.client_->state() >= QD_Client::ENDING) {
+            if (member.announced && member.client->state() >= QD_Client::ENDING) {
                 withdraw(member);
                 changed = true;
             }
@@ -262,5 +261,5 @@ void QD_Conference::serve()
     for (Member& member : members_)
         report(member);
     std::erase_if(
-        members_, [](const Member& member) { return member.client_->state() == QD_Client::ENDED; });
+        members_, [](const Member& member) { return member.client->state() == QD_Client::ENDED; });
 }

@@ -8,19 +8,19 @@
 
 /// What holds for every member.
 struct QD_Conference_Setup {
-    std::string client_;               // the program, an absolute path
-    std::string directory_;            // takes a directory for each member; exists, absolute
-    std::vector<std::string> options_; // toolkit options for every client
-    bool announced_ = true;            // false: links alone, no member records
-    QD_Bounds bounds_;
+    std::string client;               // the program, an absolute path
+    std::string directory;            // takes a directory for each member; exists, absolute
+    std::vector<std::string> options; // toolkit options for every client
+    bool announced = true;            // false: links alone, no member records
+    QD_Bounds bounds;
 };
 
 /// One member to be. The rest is added by the conference.
 struct QD_Member_Plan {
-    std::string name_;
-    uint32_t address_ = 0;             // 127.x.y.z as a number; 0: the first free from 127.0.0.2
-    std::vector<std::string> options_; // further toolkit options
-    std::vector<std::string> environment_; // "NAME=value"
+    std::string name;
+    uint32_t address = 0;                 // 127.x.y.z as a number; 0: the first free from 127.0.0.2
+    std::vector<std::string> options;     // further toolkit options
+    std::vector<std::string> environment; // "NAME=value"
 };
 
 /// Reads "NAME" or "NAME@ADDRESS". Returns "" or what is wrong with it, a
@@ -67,14 +67,14 @@ public:
 
 private:
     struct Member {
-        std::string name_;
-        std::string label_; // name@address
-        uint32_t address_;
-        uint32_t id_;
-        QD_Fd claim_;
-        std::unique_ptr<QD_Client> client_;
-        bool announced_ = false; // has joined and is known to the others
-        bool reported_ = false;  // its trouble has been printed
+        std::string name;
+        std::string label; // name@address
+        uint32_t address;
+        uint32_t id;
+        QD_Fd claim;
+        std::unique_ptr<QD_Client> client;
+        bool announced = false; // has joined and is known to the others
+        bool reported = false;  // its trouble has been printed
     };
 
     Member* find(std::string_view name);

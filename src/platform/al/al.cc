@@ -46,7 +46,7 @@ public:
                 continue;
             }
             const Place place = find(wanted, pairs[i]);
-            if (!place.gain)
+            if (place.gain == nullptr)
                 return -1;
             const int value = static_cast<int>(std::clamp(pairs[i + 1], 0L, long {FULL}));
             *place.gain = place.attenuates ? FULL - value : value;
@@ -65,12 +65,12 @@ public:
         QD_Lock hold(mutex_);
         for (long i = 0; i < length; i += 2) {
             if (pairs[i] != AL_OUTPUT_RATE && pairs[i] != AL_INPUT_RATE
-                && !find(gain_, pairs[i]).gain)
+                && (find(gain_, pairs[i]).gain == nullptr))
                 return -1;
         }
         for (long i = 0; i < length; i += 2) {
             const Place place = find(gain_, pairs[i]);
-            if (!place.gain)
+            if (place.gain == nullptr)
                 pairs[i + 1] = QD_AL_RATE;
             else
                 pairs[i + 1] = place.attenuates ? FULL - *place.gain : *place.gain;
@@ -127,11 +127,14 @@ Devices& devices()
     return *both;
 }
 
-bool serves(ALport port, QD_Al_Port::Side side) { return port && port->port->side() == side; }
+bool serves(ALport port, QD_Al_Port::Side side)
+{
+    return (port != nullptr) && port->port->side() == side;
+}
 
 bool well_formed(long device, const long* pairs, long length)
 {
-    return device == AL_DEFAULT_DEVICE && pairs && length >= 0 && length % 2 == 0;
+    return device == AL_DEFAULT_DEVICE && (pairs != nullptr) && length >= 0 && length % 2 == 0;
 }
 
 }
@@ -141,14 +144,17 @@ ALconfig ALnewconfig() { return new QD_Al_Config; }
 int ALfreeconfig(ALconfig config)
 {
     delete config;
-    return config ? 0 : -1;
+    return config != nullptr ? 0 : -1;
 }
 
-int ALsetchannels(ALconfig config, long channels) { return config && channels == 1 ? 0 : -1; }
+int ALsetchannels(ALconfig config, long channels)
+{
+    return (config != nullptr) && channels == 1 ? 0 : -1;
+}
 
 int ALsetqueuesize(ALconfig config, long samples)
 {
-    if (!config || samples < 1 || samples > MAX_QUEUE)
+    if ((config == nullptr) || samples < 1 || samples > MAX_QUEUE)
         return -1;
     config->queue_size = static_cast<size_t>(samples);
     return 0;
@@ -156,12 +162,12 @@ int ALsetqueuesize(ALconfig config, long samples)
 
 int ALsetwidth(ALconfig config, long bytes_a_sample)
 {
-    return config && bytes_a_sample == sizeof(int16_t) ? 0 : -1;
+    return (config != nullptr) && bytes_a_sample == sizeof(int16_t) ? 0 : -1;
 }
 
 int qd_al_set_stream(ALconfig config, long number)
 {
-    if (!config || number < 0)
+    if ((config == nullptr) || number < 0)
         return -1;
     config->stream = number;
     return 0;
@@ -169,8 +175,8 @@ int qd_al_set_stream(ALconfig config, long number)
 
 ALport ALopenport(const char* /*name*/, const char* direction, ALconfig config)
 {
-    const std::string text = direction ? direction : "";
-    if (!config || (text != "r" && text != "w"))
+    const std::string text = direction != nullptr ? direction : "";
+    if ((config == nullptr) || (text != "r" && text != "w"))
         return nullptr;
     const auto side = text == "r" ? QD_Al_Port::CAPTURE : QD_Al_Port::PLAY;
     ALport handle = new QD_Al_Handle {
@@ -182,7 +188,7 @@ ALport ALopenport(const char* /*name*/, const char* direction, ALconfig config)
 
 int ALcloseport(ALport port)
 {
-    if (!port)
+    if (port == nullptr)
         return -1;
     port->port->close();
     port->device->nudge();

@@ -120,7 +120,7 @@ QD_Synthetic_Mic::Source qd_file_source(const std::string& path, std::string& wh
     SF_INFO info {};
     // Shared only because std::function wants to be able to copy what it holds.
     std::shared_ptr<SNDFILE> file(sf_open(path.c_str(), SFM_READ, &info), [](SNDFILE* opened) {
-        if (opened)
+        if (opened != nullptr)
             sf_close(opened);
     });
     if (!file) {

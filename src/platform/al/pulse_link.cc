@@ -38,7 +38,7 @@ constexpr pa_buffer_attr CAPTURE_BUFFER = {
 
 void forget(pa_operation* operation)
 {
-    if (operation)
+    if (operation != nullptr)
         pa_operation_unref(operation);
 }
 
@@ -89,7 +89,7 @@ QD_Pulse_Link::~QD_Pulse_Link()
     loop_->kill();
     // From here on this thread is the only one left.
     disconnect();
-    if (retry_event_)
+    if (retry_event_ != nullptr)
         api_->time_free(retry_event_);
     api_->io_free(wake_event_);
 }
@@ -99,7 +99,7 @@ int QD_Pulse_Link::start_loop()
     if (loop_)
         return 0;
     auto loop = std::make_unique<Loop>();
-    if (!loop->get())
+    if (loop->get() == nullptr)
         return -1;
     api_ = pa_mainloop_get_api(loop->get());
     wake_event_ = api_->io_new(api_, wake_.get(), PA_IO_EVENT_INPUT, on_wake, this);
@@ -159,13 +159,13 @@ void QD_Pulse_Link::on_retry(pa_mainloop_api* api, pa_time_event* event, const t
 void QD_Pulse_Link::serve()
 {
     take_word();
-    if (context_ && !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
+    if ((context_ != nullptr) && !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
         disconnect();
         try_again_later();
     }
-    if (!context_ && !streams_.empty() && !retry_event_)
+    if ((context_ == nullptr) && !streams_.empty() && (retry_event_ == nullptr))
         connect();
-    if (!context_ || pa_context_get_state(context_) != PA_CONTEXT_READY)
+    if ((context_ == nullptr) || pa_context_get_state(context_) != PA_CONTEXT_READY)
         return;
     for (Stream& stream : streams_)
         serve_stream(stream);
@@ -190,7 +190,7 @@ void QD_Pulse_Link::take_word()
 void QD_Pulse_Link::connect()
 {
     context_ = pa_context_new(api_, "Quendal");
-    if (!context_)
+    if (context_ == nullptr)
         return try_again_later();
     // Never from within the callback: libpulse is in the middle of its work there.
     pa_context_set_state_callback(
@@ -208,7 +208,7 @@ void QD_Pulse_Link::disconnect()
         close(stream);
         stream.fallback = false;
     }
-    if (!context_)
+    if (context_ == nullptr)
         return;
     pa_context_set_state_callback(context_, nullptr, nullptr);
     pa_context_disconnect(context_);
@@ -218,7 +218,7 @@ void QD_Pulse_Link::disconnect()
 
 void QD_Pulse_Link::try_again_later()
 {
-    if (retry_event_)
+    if (retry_event_ != nullptr)
         return;
     timeval when;
     pa_timeval_add(pa_gettimeofday(&when),
@@ -229,7 +229,7 @@ void QD_Pulse_Link::try_again_later()
 
 void QD_Pulse_Link::serve_stream(Stream& stream)
 {
-    if (!stream.stream) {
+    if (stream.stream == nullptr) {
         if (!stream.waiting)
             open(stream);
         return;
@@ -258,7 +258,7 @@ void QD_Pulse_Link::open(Stream& stream)
     const Gain& gain = gains_[stream.port->side()];
     const pa_cvolume volume = gain.volume();
     stream.stream = pa_stream_new(context_, plays ? "Conference" : "Microphone", &FORMAT, nullptr);
-    if (!stream.stream)
+    if (stream.stream == nullptr)
         return lost(stream);
     pa_stream_set_state_callback(
         stream.stream, [](pa_stream*, void* self) { static_cast<QD_Pulse_Link*>(self)->nudge(); },
@@ -280,7 +280,7 @@ void QD_Pulse_Link::open(Stream& stream)
             [](pa_stream*, size_t, void* self) {
                 auto* link = static_cast<QD_Pulse_Link*>(self);
                 for (Stream& each : link->streams_) {
-                    if (each.stream && each.port->side() == QD_Al_Port::CAPTURE)
+                    if ((each.stream != nullptr) && each.port->side() == QD_Al_Port::CAPTURE)
                         link->capture(each);
                 }
             },
@@ -294,7 +294,7 @@ void QD_Pulse_Link::open(Stream& stream)
 
 void QD_Pulse_Link::close(Stream& stream)
 {
-    if (!stream.stream)
+    if (stream.stream == nullptr)
         return;
     pa_stream_set_state_callback(stream.stream, nullptr, nullptr);
     pa_stream_set_write_callback(stream.stream, nullptr, nullptr);
@@ -371,8 +371,8 @@ void QD_Pulse_Link::capture(Stream& stream)
         const auto* frame = static_cast<const int16_t*>(data);
         for (size_t left = bytes / FRAME_BYTES; left > 0;) {
             const size_t count = std::min(left, samples.size());
-            for (size_t i = 0; i < count; ++i, frame += frame ? CHANNELS : 0)
-                samples[i] = static_cast<int16_t>(frame ? (frame[0] + frame[1]) / 2 : 0);
+            for (size_t i = 0; i < count; ++i, frame += frame != nullptr ? CHANNELS : 0)
+                samples[i] = static_cast<int16_t>(frame != nullptr ? (frame[0] + frame[1]) / 2 : 0);
             stream.port->write(std::span(samples).first(count));
             left -= count;
         }

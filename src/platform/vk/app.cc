@@ -78,16 +78,16 @@ int report_lost_display(Display* display)
 
 }
 
-VkApp::VkApp(const char* appClass, int* argc, char** argv) :
+VkApp::VkApp(const char* app_class, int* argc, char** argv) :
     end_of_wait_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK))
 {
     InitEZ();
     const std::string wanted = wanted_display(*argc, argv);
-    const std::string program = *argc > 0 ? argv[0] : appClass;
+    const std::string program = *argc > 0 ? argv[0] : app_class;
     context_ = XtCreateApplicationContext();
     XtAppSetErrorHandler(context_, report_fatal);
-    display_ = XtOpenDisplay(context_, nullptr, nullptr, appClass, nullptr, 0, argc, argv);
-    if (!display_) {
+    display_ = XtOpenDisplay(context_, nullptr, nullptr, app_class, nullptr, 0, argc, argv);
+    if (display_ == nullptr) {
         std::fprintf(stderr, "%s: cannot open display \"%s\"\n", program.c_str(), wanted.c_str());
         std::exit(1);
     }
@@ -118,7 +118,7 @@ void VkApp::run()
     }
 }
 
-void VkApp::quitYourself()
+void VkApp::quit_yourself()
 {
     for (size_t i = windows_.size(); i-- > 0;) {
         if (i < windows_.size() && !windows_[i]->okToQuit()) // asking may close windows
@@ -164,9 +164,9 @@ void VkApp::wait_for_any(const pollfd* polled, size_t count, int milliseconds)
 }
 
 // A local connection is writable while at most a quarter of its 200 KB and more is in use.
-bool VkApp::takesMore()
+bool VkApp::takes_more()
 {
-    pollfd connection {connectionNumber(), POLLOUT, 0};
+    pollfd connection {connection_number(), POLLOUT, 0};
     stalled_ = ::poll(&connection, 1, stalled_ ? 0 : BUSY_MS) == 0;
     return !stalled_;
 }

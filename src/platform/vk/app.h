@@ -18,7 +18,7 @@ public:
     /// up under `appClass`. If the display cannot be opened, one line on
     /// standard error says so and the process exits with status 1; if it is lost
     /// later, the process ends by qd_end_process(1).
-    VkApp(const char* appClass, int* argc, char** argv);
+    VkApp(const char* app_class, int* argc, char** argv);
     VkApp(const VkApp&) = delete;
     VkApp& operator=(const VkApp&) = delete;
 
@@ -28,22 +28,22 @@ public:
 
     /// Asks the windows, the newest first, whether the application may quit.
     /// The first refusal ends the matter, else the process exits with status 0.
-    void quitYourself();
+    void quit_yourself();
 
     [[noreturn]] void terminate(int status = 0);
 
-    XtAppContext appContext() const { return context_; }
+    XtAppContext app_context() const { return context_; }
     Display* display() const { return display_; }
 
     /// The never shown shell that all windows hang from.
-    Widget baseWidget() const { return base_; }
+    Widget base_widget() const { return base_; }
 
     /// The descriptor of the X connection, for waiting on it beside others.
-    int connectionNumber() const { return ConnectionNumber(display_); }
+    int connection_number() const { return ConnectionNumber(display_); }
 
     /// Sends what is to be sent and tells whether events or due timers wait to
     /// be handled, in which case nobody may sleep on connectionNumber().
-    bool pendingInput() const { return XtAppPending(context_) != 0; }
+    bool pending_input() const { return XtAppPending(context_) != 0; }
 
     /// Waits like poll(2), so that a work procedure can, and calls the toolkit's
     /// timers that come due meanwhile. An event of X's ends the wait, too.
@@ -52,7 +52,7 @@ public:
     /// Whether some 50 KB can be drawn without waiting for the server. A server
     /// that is busy is waited for, once; one that has stopped, or that a window
     /// manager keeps to itself, is not: who draws comes again.
-    bool takesMore();
+    bool takes_more();
 
     /// The windows in the order of their making.
     const std::vector<VkSimpleWindow*>& windows() const { return windows_; }

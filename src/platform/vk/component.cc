@@ -4,15 +4,15 @@
 
 VkComponent::~VkComponent()
 {
-    if (!base_)
+    if (base_ == nullptr)
         return;
     XtRemoveCallback(base_, XtNdestroyCallback, &VkComponent::destroyed, this);
-    destroyBase();
+    destroy_base();
 }
 
 // A text or a scroll bar grabs the keyboard while a button is held in it. The toolkit would send
 // the next key, even one of its own making, to the widget that is gone.
-void VkComponent::destroyBase()
+void VkComponent::destroy_base()
 {
     if (XtIsRealized(base_))
         XtUngrabKeyboard(base_, CurrentTime);
@@ -21,17 +21,17 @@ void VkComponent::destroyBase()
 
 void VkComponent::show()
 {
-    if (base_)
+    if (base_ != nullptr)
         XtManageChild(base_);
 }
 
 void VkComponent::hide()
 {
-    if (base_)
+    if (base_ != nullptr)
         XtUnmanageChild(base_);
 }
 
-void VkComponent::setBaseWidget(Widget base)
+void VkComponent::set_base_widget(Widget base)
 {
     base_ = base;
     XtAddCallback(base_, XtNdestroyCallback, &VkComponent::destroyed, this);
@@ -41,5 +41,5 @@ void VkComponent::destroyed(Widget, XtPointer self, XtPointer)
 {
     auto* component = static_cast<VkComponent*>(self);
     component->base_ = nullptr;
-    component->widgetDestroyed();
+    component->widget_destroyed();
 }

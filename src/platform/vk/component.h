@@ -17,7 +17,7 @@ public:
     const char* name() const { return name_.c_str(); }
 
     /// The top of the widget tree; null before it is built and once it is destroyed.
-    Widget baseWidget() const { return base_; }
+    Widget base_widget() const { return base_; }
 
     virtual void show();
     virtual void hide();
@@ -31,21 +31,21 @@ protected:
     explicit VkComponent(const char* name) : name_(name) {}
 
     /// To be called once, as soon as the widget exists.
-    void setBaseWidget(Widget base);
+    void set_base_widget(Widget base);
 
     /// Installs defaults beneath the user's resources; before the widgets are
     /// built that shall have them. `any` is a widget of the display in question.
-    void setDefaultResources(Widget any, VkResources defaults)
+    void set_default_resources(Widget any, VkResources defaults)
     {
         VkAddDefaults(any, name(), defaults);
     }
 
     /// Destroys the base widget with all that is in it: at once or, while an event
     /// is being dispatched, at its end. Without effect once it is going.
-    void destroyBase();
+    void destroy_base();
 
     /// The base widget is going away by other hands than ours.
-    virtual void widgetDestroyed() {}
+    virtual void widget_destroyed() {}
 
 private:
     static void destroyed(Widget, XtPointer self, XtPointer);

@@ -45,27 +45,27 @@ VkDial::VkDial(const char* name, Widget parent) : VkComponent(name)
         VkColourEntry("knobColor", "Color", offsetof(VkDialColours, knob), "#fbfcfd"),
         VkColourEntry("pointerColor", "Color", offsetof(VkDialColours, pointer), "#1f2933"),
     };
-    setBaseWidget(XtVaCreateWidget(name, xmDrawnButtonWidgetClass, parent, XmNshadowThickness, 0,
+    set_base_widget(XtVaCreateWidget(name, xmDrawnButtonWidgetClass, parent, XmNshadowThickness, 0,
         XmNpushButtonEnabled, False, XmNnavigationType, XmSTICKY_TAB_GROUP, XmNuserData, this,
         nullptr));
-    XtGetApplicationResources(baseWidget(), &colours_, colours, XtNumber(colours), nullptr, 0);
-    XtOverrideTranslations(baseWidget(), controls());
-    XtAddCallback(baseWidget(), XmNexposeCallback, &VkDial::exposed, this);
-    XtAddCallback(baseWidget(), XmNresizeCallback, &VkDial::exposed, this);
+    XtGetApplicationResources(base_widget(), &colours_, colours, XtNumber(colours), nullptr, 0);
+    XtOverrideTranslations(base_widget(), controls());
+    XtAddCallback(base_widget(), XmNexposeCallback, &VkDial::exposed, this);
+    XtAddCallback(base_widget(), XmNresizeCallback, &VkDial::exposed, this);
 }
 
 VkDial::~VkDial()
 {
-    if (gc_)
+    if (gc_ != nullptr)
         XFreeGC(theApplication->display(), gc_);
-    if (!baseWidget())
+    if (base_widget() == nullptr)
         return;
-    XtRemoveCallback(baseWidget(), XmNexposeCallback, &VkDial::exposed, this);
-    XtRemoveCallback(baseWidget(), XmNresizeCallback, &VkDial::exposed, this);
-    XtVaSetValues(baseWidget(), XmNuserData, nullptr, nullptr);
+    XtRemoveCallback(base_widget(), XmNexposeCallback, &VkDial::exposed, this);
+    XtRemoveCallback(base_widget(), XmNresizeCallback, &VkDial::exposed, this);
+    XtVaSetValues(base_widget(), XmNuserData, nullptr, nullptr);
 }
 
-void VkDial::setRange(int minimum, int maximum)
+void VkDial::set_range(int minimum, int maximum)
 {
     if (minimum >= maximum)
         return;
@@ -74,7 +74,7 @@ void VkDial::setRange(int minimum, int maximum)
     setValue(value_);
 }
 
-void VkDial::setAngles(int start, int range)
+void VkDial::set_angles(int start, int range)
 {
     if (range < 1 || range > 360)
         return;
@@ -89,11 +89,11 @@ void VkDial::setValue(int value)
     draw();
 }
 
-int VkDial::valueAt(int x, int y) const
+int VkDial::value_at(int x, int y) const
 {
     Dimension width = 0;
     Dimension height = 0;
-    XtVaGetValues(baseWidget(), XmNwidth, &width, XmNheight, &height, nullptr);
+    XtVaGetValues(base_widget(), XmNwidth, &width, XmNheight, &height, nullptr);
     const double angle = std::atan2(width / 2.0 - x, y - height / 2.0) * 180 / std::numbers::pi;
     const double from_middle = std::remainder(angle - start_ - range_ / 2.0, 360.0);
     const double part = std::clamp(from_middle / range_ + 0.5, 0.0, 1.0);
@@ -102,24 +102,24 @@ int VkDial::valueAt(int x, int y) const
 
 void VkDial::draw()
 {
-    if (!baseWidget() || !XtIsRealized(baseWidget()))
+    if ((base_widget() == nullptr) || !XtIsRealized(base_widget()))
         return;
     Dimension width = 0;
     Dimension height = 0;
     Dimension border = 0;
     Cardinal depth = 0;
-    XtVaGetValues(baseWidget(), XmNwidth, &width, XmNheight, &height, XmNhighlightThickness,
+    XtVaGetValues(base_widget(), XmNwidth, &width, XmNheight, &height, XmNhighlightThickness,
         &border, XmNdepth, &depth, XmNbackground, &colours_.background, nullptr);
     const int inner_width = width - 2 * border; // the rest shows where the keyboard is
     const int inner_height = height - 2 * border;
     if (inner_width < 1 || inner_height < 1)
         return;
 
-    Display* display = XtDisplay(baseWidget());
-    Window window = XtWindow(baseWidget());
-    if (!gc_)
+    Display* display = XtDisplay(base_widget());
+    Window window = XtWindow(base_widget());
+    if (gc_ == nullptr)
         gc_ = XCreateGC(display, window, 0, nullptr);
-    XImage* image = XCreateImage(display, DefaultVisualOfScreen(XtScreen(baseWidget())), depth,
+    XImage* image = XCreateImage(display, DefaultVisualOfScreen(XtScreen(base_widget())), depth,
         ZPixmap, 0, nullptr, static_cast<unsigned>(inner_width),
         static_cast<unsigned>(inner_height), 32, 0);
     std::vector<char> memory(static_cast<size_t>(image->bytes_per_line * inner_height));
@@ -140,7 +140,7 @@ XtTranslations VkDial::controls()
         static XtActionsRec actions[] = {{const_cast<String>("VkDialTurn"), &VkDial::turn},
             {const_cast<String>("VkDialPress"), &VkDial::press},
             {const_cast<String>("VkDialDrag"), &VkDial::drag}};
-        XtAppAddActions(theApplication->appContext(), actions, XtNumber(actions));
+        XtAppAddActions(theApplication->app_context(), actions, XtNumber(actions));
         return XtParseTranslationTable(CONTROLS);
     }();
     return table;
@@ -152,7 +152,7 @@ void VkDial::exposed(Widget, XtPointer self, XtPointer) { static_cast<VkDial*>(s
 void VkDial::turn(Widget widget, XEvent*, String* params, Cardinal* count)
 {
     VkDial* dial = dial_of(widget);
-    if (!dial || *count != 1)
+    if ((dial == nullptr) || *count != 1)
         return;
     char* unit = nullptr;
     long by = std::strtol(params[0], &unit, 10);
@@ -165,16 +165,16 @@ void VkDial::press(Widget widget, XEvent* event, String*, Cardinal*)
 {
     XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
     if (VkDial* dial = dial_of(widget))
-        dial->setValue(dial->valueAt(event->xbutton.x, event->xbutton.y));
+        dial->setValue(dial->value_at(event->xbutton.x, event->xbutton.y));
 }
 
 // The pointer does not leap over the gap between the ends.
 void VkDial::drag(Widget widget, XEvent* event, String*, Cardinal*)
 {
     VkDial* dial = dial_of(widget);
-    if (!dial)
+    if (dial == nullptr)
         return;
-    const int value = dial->valueAt(event->xmotion.x, event->xmotion.y);
+    const int value = dial->value_at(event->xmotion.x, event->xmotion.y);
     if (std::abs(value - dial->value_) <= (dial->maximum_ - dial->minimum_) / 2)
         dial->setValue(value);
 }

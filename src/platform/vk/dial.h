@@ -13,11 +13,11 @@ public:
 
     /// The numbers at both ends, 0 and 100 at first; the value is kept between
     /// them. A minimum that is not below the maximum changes nothing.
-    void setRange(int minimum, int maximum);
+    void set_range(int minimum, int maximum);
 
     /// Where the scale begins, clockwise from straight down, and how far it goes
     /// round, in degrees, 45 and 270 at first. A range outside 1..360 changes nothing.
-    void setAngles(int start, int range);
+    void set_angles(int start, int range);
 
     /// Takes the nearest value between the ends.
     void setValue(int value);
@@ -33,7 +33,7 @@ private:
     static void drag(Widget, XEvent*, String*, Cardinal*);
 
     /// The value to which a place of the widget points.
-    int valueAt(int x, int y) const;
+    int value_at(int x, int y) const;
     void draw();
 
     VkDialColours colours_ {};

@@ -12,7 +12,7 @@ VkMenuPane::VkMenuPane(const char* name, Widget bar)
     XtVaCreateManagedWidget(name, xmCascadeButtonWidgetClass, bar, XmNsubMenuId, pane_, nullptr);
 }
 
-Widget VkMenuPane::addAction(const char* name, XtCallbackProc callback, XtPointer client)
+Widget VkMenuPane::add_action(const char* name, XtCallbackProc callback, XtPointer client)
 {
     Widget entry = XtVaCreateManagedWidget(name, xmPushButtonWidgetClass, pane_, nullptr);
     XtAddCallback(entry, XmNactivateCallback, callback, client);

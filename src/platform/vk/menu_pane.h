@@ -11,7 +11,7 @@ public:
     VkMenuPane(const char* name, Widget bar);
 
     /// Appends an entry that calls `callback` with `client`. Returns its widget.
-    Widget addAction(const char* name, XtCallbackProc callback, XtPointer client);
+    Widget add_action(const char* name, XtCallbackProc callback, XtPointer client);
 
 private:
     Widget pane_;

@@ -39,9 +39,9 @@ Widget make_notice(Widget near)
 void VkUnimplemented(Widget near, const char* what)
 {
     std::fprintf(stderr, "%s: not implemented\n", what);
-    if (!near)
+    if (near == nullptr)
         return;
-    if (!open_notice)
+    if (open_notice == nullptr)
         open_notice = make_notice(near);
     VkString text(std::string(what) + " is not implemented.");
     VkString title("Not implemented");

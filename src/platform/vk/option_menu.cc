@@ -26,17 +26,17 @@ VkOptionMenu::VkOptionMenu(const char* name, Widget parent) : VkComponent(name)
         {const_cast<String>(XmNnavigationType), XmSTICKY_TAB_GROUP},
         {const_cast<String>(XmNmarginWidth), 0}, // its label is to stand where others do
     };
-    setBaseWidget(XmCreateOptionMenu(parent, const_cast<char*>(name), args, XtNumber(args)));
+    set_base_widget(XmCreateOptionMenu(parent, const_cast<char*>(name), args, XtNumber(args)));
 }
 
 // The menu goes first: later it would ask the button, which is no more.
 VkOptionMenu::~VkOptionMenu()
 {
-    if (baseWidget())
+    if (base_widget() != nullptr)
         XtDestroyWidget(menu_);
 }
 
-Widget VkOptionMenu::addAction(const char* name, XtCallbackProc callback, XtPointer client)
+Widget VkOptionMenu::add_action(const char* name, XtCallbackProc callback, XtPointer client)
 {
     Widget item = XtVaCreateManagedWidget(name, xmPushButtonWidgetClass, menu_, nullptr);
     XtAddCallback(item, XmNactivateCallback, callback, client);
@@ -49,13 +49,13 @@ void VkOptionMenu::set(int index)
 {
     const auto all = items(menu_);
     if (index >= 0 && static_cast<size_t>(index) < all.size())
-        XtVaSetValues(baseWidget(), XmNmenuHistory, all[static_cast<size_t>(index)], nullptr);
+        XtVaSetValues(base_widget(), XmNmenuHistory, all[static_cast<size_t>(index)], nullptr);
 }
 
-int VkOptionMenu::getIndex() const
+int VkOptionMenu::get_index() const
 {
     Widget chosen = nullptr;
-    XtVaGetValues(baseWidget(), XmNmenuHistory, &chosen, nullptr);
+    XtVaGetValues(base_widget(), XmNmenuHistory, &chosen, nullptr);
     const auto all = items(menu_);
     const auto at = std::find(all.begin(), all.end(), chosen);
     return at == all.end() ? -1 : static_cast<int>(at - all.begin());

@@ -13,13 +13,13 @@ public:
 
     /// Appends an item, which calls `callback` with `client` whenever the user
     /// chooses it. The first one is chosen from the start. Returns its widget.
-    Widget addAction(const char* name, XtCallbackProc callback, XtPointer client);
+    Widget add_action(const char* name, XtCallbackProc callback, XtPointer client);
 
     /// Chooses an item without calling back; an index that no item has changes nothing.
     void set(int index);
 
     /// The index of the chosen item, in the order of their making; -1 without items.
-    int getIndex() const;
+    int get_index() const;
 
     const char* className() override { return "VkOptionMenu"; }
 

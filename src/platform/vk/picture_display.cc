@@ -91,43 +91,43 @@ void VkPictureDisplay::Free_Image::operator()(XImage* image) const
 VkPictureDisplay::VkPictureDisplay(const char* name, Widget parent) : VkComponent(name)
 {
     static_assert(SIZE == LUMINANCE * 3 / 2);
-    setDefaultResources(parent, DEFAULTS);
-    setBaseWidget(XtVaCreateWidget(name, xmDrawingAreaWidgetClass, parent, XmNwidth, WIDTH,
+    set_default_resources(parent, DEFAULTS);
+    set_base_widget(XtVaCreateWidget(name, xmDrawingAreaWidgetClass, parent, XmNwidth, WIDTH,
         XmNheight, HEIGHT, XmNmarginWidth, 0, XmNmarginHeight, 0, XmNtraversalOn, False, nullptr));
-    XtAddCallback(baseWidget(), XmNexposeCallback, &VkPictureDisplay::exposed, this);
-    XtAddCallback(baseWidget(), XmNresizeCallback, &VkPictureDisplay::resized, this);
+    XtAddCallback(base_widget(), XmNexposeCallback, &VkPictureDisplay::exposed, this);
+    XtAddCallback(base_widget(), XmNresizeCallback, &VkPictureDisplay::resized, this);
 }
 
 VkPictureDisplay::~VkPictureDisplay()
 {
     release();
-    if (!baseWidget())
+    if (base_widget() == nullptr)
         return;
-    XtRemoveCallback(baseWidget(), XmNexposeCallback, &VkPictureDisplay::exposed, this);
-    XtRemoveCallback(baseWidget(), XmNresizeCallback, &VkPictureDisplay::resized, this);
+    XtRemoveCallback(base_widget(), XmNexposeCallback, &VkPictureDisplay::exposed, this);
+    XtRemoveCallback(base_widget(), XmNresizeCallback, &VkPictureDisplay::resized, this);
 }
 
 void VkPictureDisplay::init_display2()
 {
-    if (gc_ || !baseWidget() || !XtIsRealized(baseWidget()))
+    if ((gc_ != nullptr) || (base_widget() == nullptr) || !XtIsRealized(base_widget()))
         return;
-    Display* display = XtDisplay(baseWidget());
+    Display* display = XtDisplay(base_widget());
     XWindowAttributes window {};
-    if (!XGetWindowAttributes(display, XtWindow(baseWidget()), &window))
+    if (!XGetWindowAttributes(display, XtWindow(base_widget()), &window))
         return;
     visual_ = window.visual;
     depth_ = window.depth;
     format_ = &format_of(*window.visual, window.colormap);
     XGCValues values {};
     values.graphics_exposures = False;
-    gc_ = XCreateGC(display, XtWindow(baseWidget()), GCGraphicsExposures, &values);
+    gc_ = XCreateGC(display, XtWindow(base_widget()), GCGraphicsExposures, &values);
 }
 
 void VkPictureDisplay::displayYUV411(const unsigned char* picture)
 {
     picture_.assign(picture, picture + SIZE);
     init_display2();
-    if (!gc_)
+    if (gc_ == nullptr)
         return;
     fit();
     render();
@@ -137,12 +137,12 @@ void VkPictureDisplay::displayYUV411(const unsigned char* picture)
 
 XRectangle VkPictureDisplay::place() const
 {
-    if (!baseWidget())
+    if (base_widget() == nullptr)
         return {};
     Dimension width = 0;
     Dimension height = 0;
-    XtVaGetValues(baseWidget(), XmNwidth, &width, XmNheight, &height, nullptr);
-    Screen* screen = XtScreen(baseWidget());
+    XtVaGetValues(base_widget(), XmNwidth, &width, XmNheight, &height, nullptr);
+    Screen* screen = XtScreen(base_widget());
     const int room_x = std::clamp<int>(width, 1, WidthOfScreen(screen));
     const int room_y = std::clamp<int>(height, 1, HeightOfScreen(screen));
     const int shown_x = std::clamp(room_y * WIDTH / HEIGHT, 1, room_x);
@@ -157,7 +157,7 @@ bool VkPictureDisplay::fit()
     const XRectangle room = place();
     if (image_ && image_->width == room.width && image_->height == room.height)
         return false;
-    image_.reset(XCreateImage(XtDisplay(baseWidget()), visual_, static_cast<unsigned>(depth_),
+    image_.reset(XCreateImage(XtDisplay(base_widget()), visual_, static_cast<unsigned>(depth_),
         ZPixmap, 0, nullptr, room.width, room.height, 32, 0));
     image_->byte_order = image_->bitmap_bit_order = LSBFirst; // the library swaps where it must
     XInitImage(image_.get());
@@ -194,7 +194,7 @@ void VkPictureDisplay::put(const XRectangle& part) const
     const XRectangle seen = common(all, part);
     if (seen.width == 0 || seen.height == 0)
         return;
-    XPutImage(XtDisplay(baseWidget()), XtWindow(baseWidget()), gc_, image_.get(), seen.x - all.x,
+    XPutImage(XtDisplay(base_widget()), XtWindow(base_widget()), gc_, image_.get(), seen.x - all.x,
         seen.y - all.y, seen.x, seen.y, seen.width, seen.height);
 }
 
@@ -203,7 +203,7 @@ void VkPictureDisplay::put_rest()
 {
     const XRectangle all = place();
     const int band = std::max(BAND / image_->bytes_per_line, 1);
-    while (rows_left_ > 0 && theApplication->takesMore()) {
+    while (rows_left_ > 0 && theApplication->takes_more()) {
         const int rows = std::min({band, rows_left_, image_->height - next_row_});
         put({all.x, static_cast<short>(all.y + next_row_), all.width,
             static_cast<unsigned short>(rows)});
@@ -212,7 +212,7 @@ void VkPictureDisplay::put_rest()
     }
     if (rows_left_ > 0 && again_ == 0)
         again_ = XtAppAddTimeOut(
-            theApplication->appContext(), AGAIN_MS, &VkPictureDisplay::again, this);
+            theApplication->app_context(), AGAIN_MS, &VkPictureDisplay::again, this);
 }
 
 void VkPictureDisplay::again(XtPointer self, XtIntervalId*)
@@ -228,8 +228,8 @@ void VkPictureDisplay::clear_around() const
     const XRectangle all = place();
     const int right = all.x + all.width;
     const int bottom = all.y + all.height;
-    Display* display = XtDisplay(baseWidget());
-    const Window window = XtWindow(baseWidget());
+    Display* display = XtDisplay(base_widget());
+    const Window window = XtWindow(base_widget());
     // A size of 0 means up to the edge of the window; so each area is cleared only if there is one.
     if (all.x > 0)
         XClearArea(display, window, 0, 0, static_cast<unsigned>(all.x), 0, False);
@@ -244,7 +244,8 @@ void VkPictureDisplay::exposed(Widget, XtPointer self, XtPointer call)
     auto* display = static_cast<VkPictureDisplay*>(self);
     const XEvent* event = static_cast<XmDrawingAreaCallbackStruct*>(call)->event;
     display->init_display2();
-    if (!display->gc_ || display->picture_.empty() || !event || event->type != Expose)
+    if ((display->gc_ == nullptr) || display->picture_.empty() || (event == nullptr)
+        || event->type != Expose)
         return;
     if (display->fit())
         display->render();
@@ -256,7 +257,7 @@ void VkPictureDisplay::exposed(Widget, XtPointer self, XtPointer call)
 void VkPictureDisplay::resized(Widget, XtPointer self, XtPointer)
 {
     auto* display = static_cast<VkPictureDisplay*>(self);
-    if (!display->gc_ || display->picture_.empty())
+    if ((display->gc_ == nullptr) || display->picture_.empty())
         return;
     if (display->fit())
         display->render();
@@ -265,12 +266,12 @@ void VkPictureDisplay::resized(Widget, XtPointer self, XtPointer)
     display->put_rest();
 }
 
-void VkPictureDisplay::widgetDestroyed() { release(); }
+void VkPictureDisplay::widget_destroyed() { release(); }
 
 void VkPictureDisplay::release()
 {
     // All windows share the application's display, which outlives the widget.
-    if (gc_)
+    if (gc_ != nullptr)
         XFreeGC(theApplication->display(), gc_);
     gc_ = nullptr;
     image_.reset();

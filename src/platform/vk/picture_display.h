@@ -43,7 +43,7 @@ public:
     const char* className() override { return "VkPictureDisplay"; }
 
 protected:
-    void widgetDestroyed() override;
+    void widget_destroyed() override;
 
 private:
     struct Free_Image {

@@ -77,7 +77,7 @@ void pack_masks(const VkPlanes& picture, const VkPixelFormat& format, XImage& im
 /// Greys between two steps of the ramp are mixed from both by an ordered pattern.
 void pack_ramp(const VkPlanes& picture, const std::vector<unsigned long>& ramp, XImage& image)
 {
-    constexpr int pattern[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+    constexpr int PATTERN[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
     constexpr int BLACK = 16;
     constexpr int RANGE = 219;
     const int steps = static_cast<int>(ramp.size()) - 1;
@@ -86,7 +86,7 @@ void pack_ramp(const VkPlanes& picture, const std::vector<unsigned long>& ramp, 
         for (int x = 0; x < picture.width; ++x) {
             const int level = std::clamp(*luminance++ - BLACK, 0, RANGE) * steps;
             const int rest = level % RANGE * 32;
-            const bool up = rest > (pattern[y % 4][x % 4] * 2 + 1) * RANGE;
+            const bool up = rest > (PATTERN[y % 4][x % 4] * 2 + 1) * RANGE;
             XPutPixel(&image, x, y, ramp[static_cast<size_t>(level / RANGE + up)]);
         }
     }

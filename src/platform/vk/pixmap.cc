@@ -33,6 +33,6 @@ VkPixmap::VkPixmap(Widget widget, const char* const* xpm, Pixel background)
 
 VkPixmap::~VkPixmap()
 {
-    if (display_)
+    if (display_ != nullptr)
         XFreePixmap(display_, pixmap_);
 }

@@ -66,7 +66,7 @@ void VkAddDefaults(Widget any, const char* component, VkResources defaults)
     XrmDatabase added = nullptr;
     for (const VkResource& entry : defaults)
         put_default(&added, component, entry);
-    if (!added)
+    if (added == nullptr)
         return;
     XrmDatabase database = XtScreenDatabase(XtScreenOfObject(any));
     XrmCombineDatabase(added, &database, False);

@@ -43,33 +43,33 @@ VkSimpleWindow::VkSimpleWindow(
     const char* name, VkResources defaults, ArgList args, Cardinal count) :
     VkComponent(name)
 {
-    setDefaultResources(theApplication->baseWidget(), defaults);
-    makeShell(args, count);
+    set_default_resources(theApplication->base_widget(), defaults);
+    make_shell(args, count);
     main_ = XtVaCreateManagedWidget(
-        "mainWindow", xmFormWidgetClass, baseWidget(), XmNshadowThickness, 0, nullptr);
+        "mainWindow", xmFormWidgetClass, base_widget(), XmNshadowThickness, 0, nullptr);
     Atom wm_delete = XInternAtom(XtDisplay(main_), "WM_DELETE_WINDOW", False);
-    XmAddWMProtocolCallback(baseWidget(), wm_delete, &VkSimpleWindow::deleteMessage, this);
+    XmAddWMProtocolCallback(base_widget(), wm_delete, &VkSimpleWindow::delete_message, this);
 }
 
 VkSimpleWindow::~VkSimpleWindow()
 {
     theApplication->strike(this);
-    destroyWidgets();
+    destroy_widgets();
 }
 
 // A shell's end dispatches an event of its own, which must not meet widgets that went before it.
 // So nothing in a window is destroyed by itself: components find their widgets gone or, while the
 // toolkit waits for the end of an event, about to go.
-void VkSimpleWindow::destroyWidgets()
+void VkSimpleWindow::destroy_widgets()
 {
-    if (baseWidget()) {
+    if (base_widget() != nullptr) {
         hide();
-        destroyBase();
+        destroy_base();
     }
     view_.reset();
 }
 
-void VkSimpleWindow::makeShell(ArgList args, Cardinal count)
+void VkSimpleWindow::make_shell(ArgList args, Cardinal count)
 {
     std::vector<Arg> all(args, args + count);
     auto add = [&all](const char* name, XtArgVal value) {
@@ -78,51 +78,51 @@ void VkSimpleWindow::makeShell(ArgList args, Cardinal count)
     add(XmNdeleteResponse, XmDO_NOTHING);
     add(XmNtitleEncoding, None); // the toolkit converts from the locale, that is, from UTF-8
     add(XmNiconNameEncoding, None);
-    Widget base = theApplication->baseWidget();
+    Widget base = theApplication->base_widget();
     if (theApplication->enlist(this)) {
         First_Window first = first_window(base);
-        if (first.geometry)
+        if (first.geometry != nullptr)
             add(XmNgeometry, reinterpret_cast<XtArgVal>(first.geometry));
-        if (first.title)
+        if (first.title != nullptr)
             add(XmNtitle, reinterpret_cast<XtArgVal>(first.title));
         if (first.iconic)
             add(XmNinitialState, IconicState);
     }
-    setBaseWidget(XtCreatePopupShell(const_cast<String>(name()), topLevelShellWidgetClass, base,
+    set_base_widget(XtCreatePopupShell(const_cast<String>(name()), topLevelShellWidgetClass, base,
         all.data(), static_cast<Cardinal>(all.size())));
-    XtVaSetValues(baseWidget(), XmNiconName, title().c_str(), nullptr);
+    XtVaSetValues(base_widget(), XmNiconName, title().c_str(), nullptr);
     XtAddCallback(
-        baseWidget(), XmNdestroyCallback,
+        base_widget(), XmNdestroyCallback,
         [](Widget shell, XtPointer, XtPointer) { VkForgetDrawnText(shell); }, nullptr);
 }
 
-void VkSimpleWindow::addView(VkComponent* view)
+void VkSimpleWindow::add_view(VkComponent* view)
 {
-    XtVaSetValues(view->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment,
+    XtVaSetValues(view->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment,
         XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM,
         nullptr);
     view->show();
 }
 
-void VkSimpleWindow::addView(std::unique_ptr<VkComponent> view)
+void VkSimpleWindow::add_view(std::unique_ptr<VkComponent> view)
 {
     view_ = std::move(view);
-    addView(view_.get());
+    add_view(view_.get());
 }
 
 void VkSimpleWindow::realize()
 {
-    Widget shell = baseWidget();
+    Widget shell = base_widget();
     XtRealizeWidget(shell);
-    publishTitle();
-    publishProcess();
+    publish_title();
+    publish_process();
 
     int functions = 0;
     Dimension width = 0;
     Dimension height = 0;
     XtVaGetValues(
         shell, XmNmwmFunctions, &functions, XmNwidth, &width, XmNheight, &height, nullptr);
-    const bool fixed = functions != -1 && !(functions & (MWM_FUNC_RESIZE | MWM_FUNC_ALL));
+    const bool fixed = functions != -1 && ((functions & (MWM_FUNC_RESIZE | MWM_FUNC_ALL)) == 0);
     XtVaSetValues(shell, XmNminWidth, width, XmNminHeight, height, nullptr);
     if (fixed)
         XtVaSetValues(shell, XmNmaxWidth, width, XmNmaxHeight, height, nullptr);
@@ -130,8 +130,8 @@ void VkSimpleWindow::realize()
 
 void VkSimpleWindow::show()
 {
-    Widget shell = baseWidget();
-    if (!shell)
+    Widget shell = base_widget();
+    if (shell == nullptr)
         return;
     if (!XtIsRealized(shell))
         realize();
@@ -139,7 +139,7 @@ void VkSimpleWindow::show()
         XMapRaised(XtDisplay(shell), XtWindow(shell));
     else
         XtPopup(shell, XtGrabNone);
-    if (first_focus_)
+    if (first_focus_ != nullptr)
         XmProcessTraversal(std::exchange(first_focus_, nullptr), XmTRAVERSE_CURRENT);
     shown_ = true;
 }
@@ -147,14 +147,14 @@ void VkSimpleWindow::show()
 void VkSimpleWindow::hide()
 {
     if (shown_)
-        XtPopdown(baseWidget());
+        XtPopdown(base_widget());
     shown_ = false;
 }
 
 void VkSimpleWindow::iconify()
 {
-    Widget shell = baseWidget();
-    if (!shell)
+    Widget shell = base_widget();
+    if (shell == nullptr)
         return;
     if (shown_) {
         XIconifyWindow(XtDisplay(shell), XtWindow(shell), XScreenNumberOfScreen(XtScreen(shell)));
@@ -164,40 +164,40 @@ void VkSimpleWindow::iconify()
     show();
 }
 
-void VkSimpleWindow::setTitle(const char* title)
+void VkSimpleWindow::set_title(const char* title)
 {
-    if (!baseWidget())
+    if (base_widget() == nullptr)
         return;
-    XtVaSetValues(baseWidget(), XmNtitle, title, XmNiconName, title, nullptr);
-    if (XtIsRealized(baseWidget()))
-        publishTitle();
+    XtVaSetValues(base_widget(), XmNtitle, title, XmNiconName, title, nullptr);
+    if (XtIsRealized(base_widget()))
+        publish_title();
 }
 
 std::string VkSimpleWindow::title() const
 {
     char* title = nullptr;
-    if (baseWidget())
-        XtVaGetValues(baseWidget(), XmNtitle, &title, nullptr);
-    return title ? title : "";
+    if (base_widget() != nullptr)
+        XtVaGetValues(base_widget(), XmNtitle, &title, nullptr);
+    return title != nullptr ? title : "";
 }
 
-void VkSimpleWindow::publishTitle()
+void VkSimpleWindow::publish_title()
 {
     // Today's window managers read this one, which is UTF-8 without conversion.
-    Display* display = XtDisplay(baseWidget());
+    Display* display = XtDisplay(base_widget());
     std::string text = title();
-    XChangeProperty(display, XtWindow(baseWidget()), XInternAtom(display, "_NET_WM_NAME", False),
+    XChangeProperty(display, XtWindow(base_widget()), XInternAtom(display, "_NET_WM_NAME", False),
         XInternAtom(display, "UTF8_STRING", False), 8, PropModeReplace,
         reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
 }
 
 // So that a window manager can end a process that hangs, and tools tell the
 // windows of several apart.
-void VkSimpleWindow::publishProcess()
+void VkSimpleWindow::publish_process()
 {
-    Display* display = XtDisplay(baseWidget());
+    Display* display = XtDisplay(base_widget());
     const long pid = getpid();
-    XChangeProperty(display, XtWindow(baseWidget()), XInternAtom(display, "_NET_WM_PID", False),
+    XChangeProperty(display, XtWindow(base_widget()), XInternAtom(display, "_NET_WM_PID", False),
         XA_CARDINAL, 32, PropModeReplace, reinterpret_cast<const unsigned char*>(&pid), 1);
 }
 
@@ -207,13 +207,13 @@ void VkSimpleWindow::handleWmDeleteMessage()
         delete this;
 }
 
-void VkSimpleWindow::widgetDestroyed()
+void VkSimpleWindow::widget_destroyed()
 {
     main_ = first_focus_ = nullptr;
     shown_ = false;
 }
 
-void VkSimpleWindow::deleteMessage(Widget, XtPointer self, XtPointer)
+void VkSimpleWindow::delete_message(Widget, XtPointer self, XtPointer)
 {
     static_cast<VkSimpleWindow*>(self)->handleWmDeleteMessage();
 }

@@ -13,16 +13,16 @@ public:
 
     /// Puts the view, whose widgets are children of mainWindowWidget(), into the
     /// window, which takes its size. The view is not owned.
-    virtual void addView(VkComponent* view);
+    virtual void add_view(VkComponent* view);
 
     /// The same, and keeps the view: it goes with the window, after its widgets.
-    void addView(std::unique_ptr<VkComponent> view);
+    void add_view(std::unique_ptr<VkComponent> view);
 
     /// The parent for the view's widgets.
-    Widget mainWindowWidget() const { return main_; }
+    Widget main_window_widget() const { return main_; }
 
     /// The widget in it that has the keyboard first; else the toolkit chooses.
-    void setFirstFocus(Widget widget) { first_focus_ = widget; }
+    void set_first_focus(Widget widget) { first_focus_ = widget; }
 
     /// Shows the window: from hiding, from its icon, or from behind others.
     void show() override;
@@ -32,7 +32,7 @@ public:
     /// Whether it is on the screen or an icon there.
     bool shown() const { return shown_; }
 
-    void setTitle(const char* title); // UTF-8
+    void set_title(const char* title); // UTF-8
     std::string title() const;
 
     const char* className() override { return "VkSimpleWindow"; }
@@ -49,16 +49,16 @@ protected:
 
     /// Takes the window down: the shell with all that is in it, in one piece, then
     /// the view that it keeps. The destructor does so at the latest.
-    void destroyWidgets();
+    void destroy_widgets();
 
-    void widgetDestroyed() override;
+    void widget_destroyed() override;
 
 private:
-    static void deleteMessage(Widget, XtPointer self, XtPointer);
-    void makeShell(ArgList args, Cardinal count);
+    static void delete_message(Widget, XtPointer self, XtPointer);
+    void make_shell(ArgList args, Cardinal count);
     void realize();
-    void publishTitle();
-    void publishProcess();
+    void publish_title();
+    void publish_process();
 
     std::unique_ptr<VkComponent> view_; // null if it is another's
     Widget main_ = nullptr;

@@ -21,13 +21,13 @@ VkTabPanel::VkTabPanel(const char* name, Widget parent, Selected selected) :
     VkComponent(name),
     on_selected_(std::move(selected))
 {
-    setBaseWidget(XtVaCreateWidget(name, xmRowColumnWidgetClass, parent, XmNorientation,
+    set_base_widget(XtVaCreateWidget(name, xmRowColumnWidgetClass, parent, XmNorientation,
         XmHORIZONTAL, XmNpacking, XmPACK_TIGHT, XmNnavigationType, XmSTICKY_TAB_GROUP, nullptr));
 }
 
-void VkTabPanel::addTab(const char* name)
+void VkTabPanel::add_tab(const char* name)
 {
-    Widget tab = XtVaCreateManagedWidget(name, xmToggleButtonWidgetClass, baseWidget(),
+    Widget tab = XtVaCreateManagedWidget(name, xmToggleButtonWidgetClass, base_widget(),
         XmNindicatorOn, XmINDICATOR_NONE, XmNfillOnSelect, True, XmNuserData, this, nullptr);
     XtOverrideTranslations(tab, keys());
     XtAddCallback(tab, XmNvalueChangedCallback, &VkTabPanel::changed, this);
@@ -42,13 +42,13 @@ void VkTabPanel::select(int index)
         return;
     const bool other = std::exchange(selected_, index) != index;
     for (Widget tab : tabs_)
-        XmToggleButtonSetState(tab, tab == selectedTab(), False);
-    XtVaSetValues(baseWidget(), XmNinitialFocus, selectedTab(), nullptr);
+        XmToggleButtonSetState(tab, tab == selected_tab(), False);
+    XtVaSetValues(base_widget(), XmNinitialFocus, selected_tab(), nullptr);
     if (other)
         on_selected_(index);
 }
 
-Widget VkTabPanel::selectedTab() const
+Widget VkTabPanel::selected_tab() const
 {
     return selected_ < 0 ? nullptr : tabs_[static_cast<size_t>(selected_)];
 }
@@ -58,7 +58,7 @@ XtTranslations VkTabPanel::keys()
 {
     static XtTranslations table = [] {
         static XtActionsRec action {const_cast<String>("VkTabStep"), &VkTabPanel::step};
-        XtAppAddActions(theApplication->appContext(), &action, 1);
+        XtAppAddActions(theApplication->app_context(), &action, 1);
         return XtParseTranslationTable(KEYS);
     }();
     return table;
@@ -76,8 +76,8 @@ void VkTabPanel::step(Widget tab, XEvent*, String* params, Cardinal* count)
 {
     VkTabPanel* panel = nullptr;
     XtVaGetValues(tab, XmNuserData, &panel, nullptr);
-    if (*count != 1 || !panel)
+    if (*count != 1 || (panel == nullptr))
         return;
     panel->select(panel->selected_ + std::atoi(params[0]));
-    XmProcessTraversal(panel->selectedTab(), XmTRAVERSE_CURRENT);
+    XmProcessTraversal(panel->selected_tab(), XmTRAVERSE_CURRENT);
 }

@@ -16,7 +16,7 @@ public:
     VkTabPanel(const char* name, Widget parent, Selected selected);
 
     /// Appends a tab; the first is selected at once.
-    void addTab(const char* name);
+    void add_tab(const char* name);
 
     /// Selects a tab by its index from 0; one that there is not changes nothing.
     void select(int index);
@@ -25,7 +25,7 @@ public:
     int selected() const { return selected_; }
 
     /// The selected tab's widget, null without tabs.
-    Widget selectedTab() const;
+    Widget selected_tab() const;
 
     const char* className() override { return "VkTabPanel"; }
 

@@ -7,26 +7,26 @@
 VkTabbedDeck::VkTabbedDeck(const char* name, Widget parent) : VkComponent(name)
 {
     Widget deck = XtVaCreateWidget(name, xmFormWidgetClass, parent, nullptr);
-    setBaseWidget(deck);
+    set_base_widget(deck);
     tabs_ = std::make_unique<VkTabPanel>("tabStrip", deck, [this](int index) { pop(index); });
-    XtVaSetValues(tabs_->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment,
+    XtVaSetValues(tabs_->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment,
         XmATTACH_FORM, nullptr);
     tabs_->show();
     Widget frame = XtVaCreateManagedWidget("pageFrame", xmFrameWidgetClass, deck, XmNtopAttachment,
-        XmATTACH_WIDGET, XmNtopWidget, tabs_->baseWidget(), XmNbottomAttachment, XmATTACH_FORM,
+        XmATTACH_WIDGET, XmNtopWidget, tabs_->base_widget(), XmNbottomAttachment, XmATTACH_FORM,
         XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM, nullptr);
     // Pages change with nothing about them changing its size.
     pages_parent_ = XtVaCreateManagedWidget(
         "pages", xmFormWidgetClass, frame, XmNresizePolicy, XmRESIZE_NONE, nullptr);
 }
 
-void VkTabbedDeck::registerChild(VkComponent* page, const char* name)
+void VkTabbedDeck::register_child(VkComponent* page, const char* name)
 {
-    XtVaSetValues(page->baseWidget(), XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment,
+    XtVaSetValues(page->base_widget(), XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment,
         XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM, XmNrightAttachment, XmATTACH_FORM,
         nullptr);
     pages_.push_back(page);
-    tabs_->addTab((std::string(name) + "Tab").c_str());
+    tabs_->add_tab((std::string(name) + "Tab").c_str());
 }
 
 // What is not shown is not managed, so that the keyboard does not stray to it.

@@ -12,11 +12,11 @@ public:
     VkTabbedDeck(const char* name, Widget parent);
 
     /// The parent for the pages' widgets.
-    Widget pageParent() const { return pages_parent_; }
+    Widget page_parent() const { return pages_parent_; }
 
     /// Appends a page, whose tab is the widget `name` + "Tab". The page fills
     /// the deck and is not owned; it must not go before the deck's last use.
-    void registerChild(VkComponent* page, const char* name);
+    void register_child(VkComponent* page, const char* name);
 
     /// The tabs; selecting one brings its page to the front.
     VkTabPanel& tabs() { return *tabs_; }

@@ -25,21 +25,22 @@ VkVuMeter::VkVuMeter(const char* name, Widget parent) : VkComponent(name)
         VkColourEntry("highColor", "LitColor", 5 * sizeof(Pixel), "#e0483f"),
     };
     static const VkResource defaults[] = {{".background", "#1b242c"}};
-    setDefaultResources(parent, defaults);
-    setBaseWidget(XtVaCreateWidget(name, xmDrawingAreaWidgetClass, parent, XmNtraversalOn, False,
+    set_default_resources(parent, defaults);
+    set_base_widget(XtVaCreateWidget(name, xmDrawingAreaWidgetClass, parent, XmNtraversalOn, False,
         XmNmarginWidth, 0, XmNmarginHeight, 0, nullptr));
-    XtGetApplicationResources(baseWidget(), shades_.data(), colours, XtNumber(colours), nullptr, 0);
-    XtAddCallback(baseWidget(), XmNexposeCallback, &VkVuMeter::exposed, this);
-    XtAddCallback(baseWidget(), XmNresizeCallback, &VkVuMeter::exposed, this);
+    XtGetApplicationResources(
+        base_widget(), shades_.data(), colours, XtNumber(colours), nullptr, 0);
+    XtAddCallback(base_widget(), XmNexposeCallback, &VkVuMeter::exposed, this);
+    XtAddCallback(base_widget(), XmNresizeCallback, &VkVuMeter::exposed, this);
 }
 
 VkVuMeter::~VkVuMeter()
 {
-    dropGc();
-    if (!baseWidget())
+    drop_gc();
+    if (base_widget() == nullptr)
         return;
-    XtRemoveCallback(baseWidget(), XmNexposeCallback, &VkVuMeter::exposed, this);
-    XtRemoveCallback(baseWidget(), XmNresizeCallback, &VkVuMeter::exposed, this);
+    XtRemoveCallback(base_widget(), XmNexposeCallback, &VkVuMeter::exposed, this);
+    XtRemoveCallback(base_widget(), XmNresizeCallback, &VkVuMeter::exposed, this);
 }
 
 void VkVuMeter::setValue(int value, int max)
@@ -57,7 +58,7 @@ XRectangle VkVuMeter::segment(int index) const
 {
     Dimension width = 0;
     Dimension height = 0;
-    XtVaGetValues(baseWidget(), XmNwidth, &width, XmNheight, &height, nullptr);
+    XtVaGetValues(base_widget(), XmNwidth, &width, XmNheight, &height, nullptr);
     // Edges are computed from the whole height, so that the rounding spreads over all segments.
     const int room = std::max(height - 2 * MARGIN + GAP, 0);
     const int bottom = height - MARGIN + GAP - room * index / SEGMENTS;
@@ -69,11 +70,11 @@ XRectangle VkVuMeter::segment(int index) const
 
 void VkVuMeter::draw(int from, int to)
 {
-    if (from >= to || !baseWidget() || !XtIsRealized(baseWidget()))
+    if (from >= to || (base_widget() == nullptr) || !XtIsRealized(base_widget()))
         return;
-    Display* display = XtDisplay(baseWidget());
-    Window window = XtWindow(baseWidget());
-    if (!gc_)
+    Display* display = XtDisplay(base_widget());
+    Window window = XtWindow(base_widget());
+    if (gc_ == nullptr)
         gc_ = XCreateGC(display, window, 0, nullptr);
     for (int i = from; i < to; ++i) {
         const Shade& shade = shades_[(i >= AMBER_FROM) + (i >= RED_FROM)];
@@ -90,15 +91,15 @@ void VkVuMeter::exposed(Widget widget, XtPointer self, XtPointer call)
         return;
     if (data->reason == XmCR_RESIZE) // the segments have moved
         XClearWindow(XtDisplay(widget), XtWindow(widget));
-    else if (data->event && data->event->xexpose.count > 0)
+    else if ((data->event != nullptr) && data->event->xexpose.count > 0)
         return; // the last of a row of exposures draws all
     static_cast<VkVuMeter*>(self)->draw(0, SEGMENTS);
 }
 
-void VkVuMeter::dropGc()
+void VkVuMeter::drop_gc()
 {
     // All windows share the application's display, which outlives the widget.
-    if (gc_)
+    if (gc_ != nullptr)
         XFreeGC(theApplication->display(), gc_);
     gc_ = nullptr;
 }

@@ -38,7 +38,7 @@ private:
     };
     static void exposed(Widget, XtPointer self, XtPointer);
     void draw(int from, int to);
-    void dropGc();
+    void drop_gc();
 
     std::array<Shade, 3> shades_ {}; // green, amber, red
     GC gc_ = nullptr;

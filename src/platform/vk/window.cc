@@ -9,23 +9,23 @@ VkWindow::VkWindow(const char* name, VkResources defaults, ArgList args, Cardina
     VkSimpleWindow(name, defaults, args, count)
 {
     char bar[] = "menuBar";
-    bar_ = XmCreateMenuBar(mainWindowWidget(), bar, nullptr, 0);
+    bar_ = XmCreateMenuBar(main_window_widget(), bar, nullptr, 0);
     XtVaSetValues(bar_, XmNtopAttachment, XmATTACH_FORM, XmNleftAttachment, XmATTACH_FORM,
         XmNrightAttachment, XmATTACH_FORM, nullptr);
     XtManageChild(bar_);
 }
 
-void VkWindow::addView(VkComponent* view)
+void VkWindow::add_view(VkComponent* view)
 {
-    VkSimpleWindow::addView(view);
+    VkSimpleWindow::add_view(view);
     XtVaSetValues(
-        view->baseWidget(), XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, bar_, nullptr);
+        view->base_widget(), XmNtopAttachment, XmATTACH_WIDGET, XmNtopWidget, bar_, nullptr);
 }
 
-VkMenuPane* VkWindow::addMenuPane(const char* name)
+VkMenuPane* VkWindow::add_menu_pane(const char* name)
 {
     panes_.push_back(std::make_unique<VkMenuPane>(name, bar_));
     return panes_.back().get();
 }
 
-void VkWindow::handleWmDeleteMessage() { theApplication->quitYourself(); }
+void VkWindow::handleWmDeleteMessage() { theApplication->quit_yourself(); }

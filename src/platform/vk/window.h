@@ -10,11 +10,11 @@
 /// User-interface thread only.
 class VkWindow : public VkSimpleWindow {
 public:
-    using VkSimpleWindow::addView;
-    void addView(VkComponent* view) override;
+    using VkSimpleWindow::add_view;
+    void add_view(VkComponent* view) override;
 
     /// Appends a pane to the menu bar. The window owns it.
-    VkMenuPane* addMenuPane(const char* name);
+    VkMenuPane* add_menu_pane(const char* name);
 
     const char* className() override { return "VkWindow"; }
 

@@ -115,9 +115,9 @@ QD_Test_Card::QD_Test_Card(int hue) : hue_((hue % 360 + 360) % 360) {}
 
 void QD_Test_Card::paint(long milliseconds, char* out) const
 {
-    constexpr int bar = QD_PICTURE_WIDTH / static_cast<int>(std::size(BARS));
-    for (int i = 0; i < QD_PICTURE_WIDTH / bar; ++i)
-        fill(out, i * bar, 0, bar, BARS_HEIGHT, BARS[(i + hue_ / 45) % 8]);
+    constexpr int BAR = QD_PICTURE_WIDTH / static_cast<int>(std::size(BARS));
+    for (int i = 0; i < QD_PICTURE_WIDTH / BAR; ++i)
+        fill(out, i * BAR, 0, BAR, BARS_HEIGHT, BARS[(i + hue_ / 45) % 8]);
     fill(
         out, 0, BARS_HEIGHT, QD_PICTURE_WIDTH, QD_PICTURE_HEIGHT - BARS_HEIGHT, tint(hue_, 80, 50));
     draw_clock(out, milliseconds);

@@ -80,7 +80,7 @@ TEST_F(Guarded_Broker, WhatOthersForgeDisturbsNobody)
 {
     Member anna("anna", 41, url("anna"), dir_ / "broker.crt");
     Member bernt("bernt", 42, url("bernt"), dir_ / "broker.crt");
-    ASSERT_TRUE(anna.says(bernt.label_ + " has joined\n")) << anna.said();
+    ASSERT_TRUE(anna.says(bernt.label + " has joined\n")) << anna.said();
     const std::string said = anna.said();
     const std::string stolen = "live 70000 " + qd_test_address(41) + " 1 mallory";
     EXPECT_THAT(publish("bernt", "anna/1", stolen), HasSubstr("Not authorized"));
@@ -105,7 +105,7 @@ TEST(Host, OthersJoinByTheLineItPrintsAndNobodyElse)
     ASSERT_TRUE(std::regex_search(said, line, std::regex("(mqtt.psk://guest:)(.*)(@.*/daily)")));
 
     Member guest("bo", 44, line.str());
-    EXPECT_TRUE(host.says(guest.label_ + " has joined\n")) << guest.said();
+    EXPECT_TRUE(host.says(guest.label + " has joined\n")) << guest.said();
     EXPECT_TRUE(guest.says("anna@" + address + " has joined\n"));
     const std::string seen
         = qd_read_file("/proc/" + std::to_string(guest.process().pid()) + "/cmdline");
@@ -148,7 +148,7 @@ TEST_F(Guarded_Broker, AKeyIsTakenFromWhoHasItAndNobodyElse)
         const QD_Test_Broker broker(c.settings);
         Member member("anna", 46, "mqtt+psk://guest:" + key + "@" + broker.place());
         if (*c.why == '\0') {
-            EXPECT_TRUE(member.says(member.label_ + " has joined\n")) << member.said();
+            EXPECT_TRUE(member.says(member.label + " has joined\n")) << member.said();
             EXPECT_EQ(member.end(), 0);
             continue;
         }

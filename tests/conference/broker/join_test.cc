@@ -2,6 +2,7 @@
 #include "tests/conference/seat.h"
 #include "tests/support/broker.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -21,7 +22,7 @@ TEST(Join, AllAreToldTheSameAndOfWhoeverDiesWithinASecondAndFreezesWithinTen)
     Member& anna = *members[0];
     for (const auto& who : members)
         for (const auto& whom : members)
-            ASSERT_TRUE(who->says(whom->label_ + " has joined\n")) << who->said();
+            ASSERT_TRUE(who->says(whom->label + " has joined\n")) << who->said();
     for (const auto& member : members) // whose clients may not have read them yet
         EXPECT_TRUE(qd_wait_for([&] { return member->told() == anna.told(); })) << member->said();
     EXPECT_EQ(anna.told().size(), 5u);
@@ -35,11 +36,11 @@ TEST(Join, AllAreToldTheSameAndOfWhoeverDiesWithinASecondAndFreezesWithinTen)
             {members[3]->client(), SIGSTOP}, {members[4]->process().pid(), SIGSTOP}};
     for (size_t i = 1; i < members.size(); ++i) {
         const auto [pid, signal] = faults[i - 1];
-        const std::regex gone(members[i]->label_ + " (has left\n|is gone)");
+        const std::regex gone(members[i]->label + " (has left\n|is gone)");
         ::kill(pid, signal);
         EXPECT_TRUE(qd_wait_for([&] { return std::regex_search(anna.said(), gone); },
             (signal == SIGKILL ? 1s : 10s) * SLOWNESS))
-            << members[i]->label_;
+            << members[i]->label;
     }
     EXPECT_TRUE(qd_wait_for([&] { return anna.told().size() == 5 + 4; })) << "the client, too";
     EXPECT_EQ(members[2]->process().wait(10s), 1);
@@ -47,10 +48,10 @@ TEST(Join, AllAreToldTheSameAndOfWhoeverDiesWithinASecondAndFreezesWithinTen)
 
     const Member& frozen = *members[4];
     ::kill(faults[3].first, SIGCONT);
-    EXPECT_TRUE(anna.says(frozen.label_ + " has joined\n", frozen.label_ + " is gone")) << "back";
-    EXPECT_EQ(frozen.said().find(anna.label_ + " is gone"), std::string::npos);
+    EXPECT_TRUE(anna.says(frozen.label + " has joined\n", frozen.label + " is gone")) << "back";
+    EXPECT_EQ(frozen.said().find(anna.label + " is gone"), std::string::npos);
     anna.process().tell("list\n");
-    EXPECT_TRUE(anna.says(frozen.label_ + "\n2 members\n"));
+    EXPECT_TRUE(anna.says(frozen.label + "\n2 members\n"));
     EXPECT_EQ(anna.end(), 0);
 }
 

@@ -31,7 +31,7 @@ protected:
 
     void told(const std::string& sign, const QD_Presence& member)
     {
-        told_.push_back(sign + std::to_string(member.id_) + " " + member.label());
+        told_.push_back(sign + std::to_string(member.id) + " " + member.label());
     }
 
     void take(const std::string& owner, const std::string& record)

@@ -15,7 +15,7 @@ namespace {
 
 class Demo : public testing::Test {
 protected:
-    Demo() { line_.count_ = 2; }
+    Demo() { line_.count = 2; }
 
     void prepare() { ASSERT_EQ(qd_prepare_demo(line_, directory_, members_, out_), 0); }
 
@@ -45,13 +45,13 @@ protected:
 
 TEST_F(Demo, LiveRecordsNothingAndKeepsWhatTheUserHas)
 {
-    line_.seconds_ = 0;
+    line_.seconds = 0;
     prepare();
     qd_write_file(directory_ + "/voices/anna.wav", "kept");
     prepare();
     EXPECT_EQ(qd_read_file(directory_ + "/voices/anna.wav"), "kept");
-    EXPECT_THAT(members_[0].environment_, Not(Contains(StartsWith("QD_SPEAKER="))));
-    EXPECT_THAT(members_[1].environment_, Contains("QD_SPEAKER=null"));
+    EXPECT_THAT(members_[0].environment, Not(Contains(StartsWith("QD_SPEAKER="))));
+    EXPECT_THAT(members_[1].environment, Contains("QD_SPEAKER=null"));
     EXPECT_EQ(qd_report_demo(directory_, members_, false, out_), 0);
 }
 

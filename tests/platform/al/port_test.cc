@@ -10,18 +10,18 @@ namespace {
 
 /// Time passes only while somebody waits, in beats of 10 ms.
 struct Beat_Clock : QD_Clock {
-    Time now() const override { return now_; }
+    Time now() const override { return time; }
     bool wait(const QD_Wake& wake, Time until) const override
     {
-        while (now_ < until && !wake.wait(0)) {
-            now_ += 10ms;
-            beat_();
+        while (time < until && !wake.wait(0)) {
+            time += 10ms;
+            beat();
         }
         return wake.wait(0);
     }
 
-    std::function<void()> beat_ = [] {};
-    mutable Time now_ {1h};
+    std::function<void()> beat = [] {};
+    mutable Time time {1h};
 };
 
 using Read = std::vector<long>;
@@ -31,52 +31,51 @@ struct PortTest : testing::Test {
     void write(size_t count)
     {
         std::vector<int16_t> samples(count);
-        std::iota(samples.begin(), samples.end(), next_);
-        next_ = static_cast<int16_t>(next_ + count);
-        port_.write(samples);
+        std::iota(samples.begin(), samples.end(), sample);
+        sample = static_cast<int16_t>(sample + count);
+        port.write(samples);
     }
     /// Reads a frame: milliseconds it took, its first sample, how many come before silence.
     Read read()
     {
-        const auto begin = clock_.now();
-        port_.read(frame_);
-        return {
-            (clock_.now() - begin) / 1ms, frame_[0], std::ranges::find(frame_, 0) - frame_.begin()};
+        const auto begin = clock.now();
+        port.read(frame);
+        return {(clock.now() - begin) / 1ms, frame[0], std::ranges::find(frame, 0) - frame.begin()};
     }
 
-    Beat_Clock clock_;
-    QD_Al_Port port_ {QD_Al_Port::CAPTURE, 1610, clock_}; // no multiple of a block
-    std::vector<int16_t> frame_ = std::vector<int16_t>(800, 99);
-    int16_t next_ = 1;
+    Beat_Clock clock;
+    QD_Al_Port port {QD_Al_Port::CAPTURE, 1610, clock}; // no multiple of a block
+    std::vector<int16_t> frame = std::vector<int16_t>(800, 99);
+    int16_t sample = 1;
 };
 
 }
 
 TEST_F(PortTest, ADeviceThatStopsCostsOneGraceAndThenSilenceComesAtThePaceOfTheClock)
 {
-    clock_.beat_ = [&] {
-        if (next_ <= 1120)
+    clock.beat = [&] {
+        if (sample <= 1120)
             write(80);
     };
     EXPECT_EQ(read(), (Read {100, 1, 800}));
     EXPECT_EQ(read(), (Read {150, 801, 320})) << "what arrived is not lost";
     EXPECT_EQ(read(), (Read {50, 0, 0})) << "on the clock's schedule again";
-    clock_.now_ += 30ms;
+    clock.time += 30ms;
     EXPECT_EQ(read(), (Read {70, 0, 0})) << "time used between frames counts";
-    clock_.now_ += 1000ms;
+    clock.time += 1000ms;
     EXPECT_EQ(read(), (Read {100, 0, 0})) << "but a long absence is not made up for in a burst";
-    clock_.beat_ = [&] { write(80); };
+    clock.beat = [&] { write(80); };
     read();
-    const int16_t next = next_;
+    const int16_t next = sample;
     EXPECT_EQ(read(), (Read {100, next, 800})) << "it comes back by itself";
 }
 
 TEST_F(PortTest, AfterAnOverrunReadsFreshSamplesOnly)
 {
-    clock_.beat_ = [&] { write(80); };
+    clock.beat = [&] { write(80); };
     read();
     write(21 * 80); // one block more than the queue holds
-    const int16_t fresh = next_;
+    const int16_t fresh = sample;
     EXPECT_EQ(read(), (Read {100, fresh, 800}));
     write(1200); // late, and nothing lost
     EXPECT_EQ(read(), (Read {0, fresh + 800, 800}));
@@ -87,11 +86,11 @@ TEST_F(PortTest, DropsWhatIsTooOldToPlay)
 {
     write(1000);
     write(700); // more than it holds
-    port_.drop_stale();
-    EXPECT_EQ(port_.take(frame_), 800u);
-    EXPECT_EQ(frame_[0], next_ - 800) << "the newest frame of a full queue";
+    port.drop_stale();
+    EXPECT_EQ(port.take(frame), 800u);
+    EXPECT_EQ(frame[0], sample - 800) << "the newest frame of a full queue";
     write(800);
-    clock_.now_ += 201ms;
-    port_.drop_stale();
-    EXPECT_EQ(port_.take(frame_), 0u);
+    clock.time += 201ms;
+    port.drop_stale();
+    EXPECT_EQ(port.take(frame), 0u);
 }

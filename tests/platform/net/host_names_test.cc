@@ -22,11 +22,11 @@ TEST(HostNames, TheCacheIsBounded)
     answers.post();
     EXPECT_TRUE(qd_wait_for([&] { return names.find(1) == "host1" && asked == 2; }));
 
-    constexpr auto most = static_cast<uint32_t>(QD_Host_Names::MAX_NAMES);
-    for (uint32_t address = 100; address < 100 + 3 * most; ++address)
+    constexpr auto MOST = static_cast<uint32_t>(QD_Host_Names::MAX_NAMES);
+    for (uint32_t address = 100; address < 100 + 3 * MOST; ++address)
         names.find(address);
-    for (uint32_t i = 0; i <= most; ++i)
+    for (uint32_t i = 0; i <= MOST; ++i)
         answers.post();
-    EXPECT_TRUE(qd_wait_for([&] { return names.find(99 + 3 * most) != ""; }));
-    EXPECT_LE(asked, static_cast<int>(most) + 3);
+    EXPECT_TRUE(qd_wait_for([&] { return names.find(99 + 3 * MOST) != ""; }));
+    EXPECT_LE(asked, static_cast<int>(MOST) + 3);
 }

@@ -9,18 +9,18 @@ namespace {
 // The first one called is the end of all.
 struct Handler : Event_Handler {
     using All = std::vector<std::unique_ptr<Handler>>;
-    Handler(Reactor& reactor, All& all) : reactor_(reactor), all_(all) {}
-    ~Handler() override { reactor_.remove_handler(this, QD_EVENT_READ); }
-    int get_handle() override { return wake_.get(); }
+    Handler(Reactor& at, All& handlers) : reactor(at), all(handlers) {}
+    ~Handler() override { reactor.remove_handler(this, QD_EVENT_READ); }
+    int get_handle() override { return wake.get(); }
     int handle_event(Event_Type) override
     {
-        All().swap(all_);
+        All().swap(all);
         return -1;
     }
 
-    Reactor& reactor_;
-    All& all_;
-    QD_Wake wake_;
+    Reactor& reactor;
+    All& all;
+    QD_Wake wake;
 };
 
 }
@@ -39,7 +39,7 @@ TEST(Reactor, HandlersMayRemoveOneAnotherAndThemselves)
     EXPECT_EQ(reactor.wait(-1, 60000), 0);
     EXPECT_EQ(reactor.dispatch(), 0);
     for (const auto& handler : all)
-        handler->wake_.raise();
+        handler->wake.raise();
     EXPECT_EQ(reactor.wait(wake.get(), 60000), 1);
     EXPECT_EQ(reactor.dispatch(), 1);
 }

@@ -5,11 +5,11 @@
 TEST(VkDial, FollowsThePointerButNotOverItsGapAndIsTurnedByKeys)
 {
     VkTestWindow window;
-    VkDial dial("dial", window.mainWindowWidget());
-    dial.setRange(0, 270);
+    VkDial dial("dial", window.main_window_widget());
+    dial.set_range(0, 270);
     window.hold(dial, 92, 92);
-    qd_focus(window.baseWidget());
-    const std::string id = std::to_string(XtWindow(dial.baseWidget()));
+    qd_focus(window.base_widget());
+    const std::string id = std::to_string(XtWindow(dial.base_widget()));
     const auto comes_to = [&](int value, const std::string& by) {
         qd_output("xdotool " + by);
         EXPECT_TRUE(qd_pump_until([&] { return dial.value() == value; })) << by;

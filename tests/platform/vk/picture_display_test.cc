@@ -8,18 +8,18 @@ namespace {
 const std::vector<unsigned char> BARS = qd_bars();
 
 struct Pictured : VkTestWindow {
-    explicit Pictured(int width = 176, int height = 144) { hold(display_, width, height); }
+    explicit Pictured(int width = 176, int height = 144) { hold(display, width, height); }
 
     double brightness(int x, int y) const
     {
-        const QD_Colour at = qd_colour_at(display_.baseWidget(), x, y);
+        const QD_Colour at = qd_colour_at(display.base_widget(), x, y);
         return 0.299 * at.red + 0.587 * at.green + 0.114 * at.blue;
     }
 
     /// Whether the picture shows the bars, grey or in their colours.
     bool shows_bars() const
     {
-        const XRectangle at = display_.place();
+        const XRectangle at = display.place();
         int right = 0;
         for (int i = 0; i < 8; ++i)
             right += std::abs(brightness(at.x + at.width * (2 * i + 1) / 16, at.y + at.height / 2)
@@ -28,7 +28,7 @@ struct Pictured : VkTestWindow {
         return right == 8;
     }
 
-    VkPictureDisplay display_ {"picture", mainWindowWidget()};
+    VkPictureDisplay display {"picture", main_window_widget()};
 };
 
 }
@@ -36,7 +36,7 @@ struct Pictured : VkTestWindow {
 TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
 {
     Pictured window;
-    window.display_.displayYUV411(BARS.data());
+    window.display.displayYUV411(BARS.data());
     EXPECT_TRUE(window.shows_bars());
     struct {
         int width, height;
@@ -48,9 +48,9 @@ TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.width);
-        XtVaSetValues(window.baseWidget(), XtNwidth, c.width, XtNheight, c.height, nullptr);
+        XtVaSetValues(window.base_widget(), XtNwidth, c.width, XtNheight, c.height, nullptr);
         qd_pump();
-        const XRectangle place = window.display_.place();
+        const XRectangle place = window.display.place();
         EXPECT_EQ((std::array<int, 4> {place.x, place.y, place.width, place.height}),
             (std::array {c.x, c.y, c.shown_x, c.shown_y}));
         EXPECT_TRUE(window.shows_bars()) << "without a new picture";
@@ -62,8 +62,8 @@ TEST(VkPictureDisplay, GrowsWithTheWidgetAndKeepsItsProportions)
 TEST(VkPictureDisplay, ThePartThatIsUncoveredComesBack)
 {
     Pictured window;
-    window.display_.displayYUV411(BARS.data());
-    const Window picture = XtWindow(window.display_.baseWidget());
+    window.display.displayYUV411(BARS.data());
+    const Window picture = XtWindow(window.display.base_widget());
     XClearArea(theApplication->display(), picture, 30, 50, 100, 60, True);
     EXPECT_FALSE(window.shows_bars());
     qd_pump();
@@ -73,12 +73,12 @@ TEST(VkPictureDisplay, ThePartThatIsUncoveredComesBack)
 TEST(VkPictureDisplay, IsNeverLargerThanTheScreenAndOutlivesItsWidget)
 {
     Pictured window(30000, 30000);
-    window.display_.displayYUV411(BARS.data());
-    EXPECT_LE(window.display_.place().width, 1024) << "memory has a bound";
-    EXPECT_LE(window.display_.place().height, 768);
-    XtDestroyWidget(window.display_.baseWidget());
-    window.display_.displayYUV411(BARS.data());
-    EXPECT_EQ(window.display_.place().width, 0);
+    window.display.displayYUV411(BARS.data());
+    EXPECT_LE(window.display.place().width, 1024) << "memory has a bound";
+    EXPECT_LE(window.display.place().height, 768);
+    XtDestroyWidget(window.display.base_widget());
+    window.display.displayYUV411(BARS.data());
+    EXPECT_EQ(window.display.place().width, 0);
 }
 
 // One process has one display, so the other depths are tested by others.

@@ -14,8 +14,8 @@ struct VkTestWindow : VkSimpleWindow {
     /// Shows a part of that size in it.
     void hold(VkComponent& part, int width, int height)
     {
-        XtVaSetValues(part.baseWidget(), XtNwidth, width, XtNheight, height, nullptr);
-        addView(&part);
+        XtVaSetValues(part.base_widget(), XtNwidth, width, XtNheight, height, nullptr);
+        add_view(&part);
         show();
         qd_pump();
     }

@@ -5,13 +5,13 @@
 TEST(VkVuMeter, LightsWhatTheValueLeavesFromTheBottom)
 {
     VkTestWindow window;
-    VkVuMeter meter("meter", window.mainWindowWidget());
+    VkVuMeter meter("meter", window.main_window_widget());
     window.hold(meter, 18, 92);
     // How many segments shine from the lowest up.
     const auto shining = [&] {
         for (int i = 0; i < VkVuMeter::SEGMENTS; ++i) {
             const XRectangle place = meter.segment(i);
-            const QD_Colour at = qd_colour_at(meter.baseWidget(), place.x + 1, place.y + 1);
+            const QD_Colour at = qd_colour_at(meter.base_widget(), place.x + 1, place.y + 1);
             if (at.red < 0xa0 && at.green < 0x80)
                 return i;
         }
@@ -21,7 +21,7 @@ TEST(VkVuMeter, LightsWhatTheValueLeavesFromTheBottom)
         meter.setValue(value, 110);
         EXPECT_EQ(shining(), wanted) << value;
     }
-    XClearArea(theApplication->display(), XtWindow(meter.baseWidget()), 0, 0, 0, 0, True);
+    XClearArea(theApplication->display(), XtWindow(meter.base_widget()), 0, 0, 0, 0, True);
     EXPECT_EQ(shining(), 0);
     qd_pump();
     EXPECT_EQ(shining(), 16) << "an exposure draws all";

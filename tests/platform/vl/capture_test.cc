@@ -41,43 +41,43 @@ struct Scripted_Camera : QD_Camera {
 struct Capture : testing::Test {
     void start(QD_Capture_Times times)
     {
-        capture_.emplace(std::unique_ptr<QD_Camera>(camera_), times);
-        ASSERT_EQ(capture_->start(), 0);
-        capture_->set_rate(1000);
+        capture.emplace(std::unique_ptr<QD_Camera>(camera), times);
+        ASSERT_EQ(capture->start(), 0);
+        capture->set_rate(1000);
     }
 
     // Whether the next picture is the camera's, and not the test card.
     bool sees()
     {
         std::string picture(QD_PICTURE_SIZE, '\0');
-        capture_->get(picture.data());
+        capture->get(picture.data());
         return picture == std::string(QD_PICTURE_SIZE, '\xff');
     }
-    std::chrono::nanoseconds passed() { return QD_Clock::real().now() - begin_; }
+    std::chrono::nanoseconds passed() { return QD_Clock::real().now() - begin; }
 
-    Scripted_Camera* camera_ = new Scripted_Camera; // the capture's
-    std::optional<QD_Capture> capture_;
-    QD_Clock::Time begin_ = QD_Clock::real().now();
+    Scripted_Camera* camera = new Scripted_Camera; // the capture's
+    std::optional<QD_Capture> capture;
+    QD_Clock::Time begin = QD_Clock::real().now();
 };
 
 }
 
 TEST_F(Capture, TheTestCardStandsInForACameraThatIsMissingOrFailsUntilItComes)
 {
-    camera_->fails = -1;
+    camera->fails = -1;
     start({20ms, 60s, 60s, 60s});
-    EXPECT_TRUE(qd_wait_for([&] { return camera_->opened >= 3; }));
+    EXPECT_TRUE(qd_wait_for([&] { return camera->opened >= 3; }));
     EXPECT_FALSE(sees());
-    camera_->fails = 0;
+    camera->fails = 0;
     EXPECT_TRUE(qd_wait_for([&] { return sees(); }));
-    camera_->fails = -1;
-    EXPECT_TRUE(qd_wait_for([&] { return !sees() && camera_->closed == 1; }));
-    camera_->fails = 0;
+    camera->fails = -1;
+    EXPECT_TRUE(qd_wait_for([&] { return !sees() && camera->closed == 1; }));
+    camera->fails = 0;
     EXPECT_TRUE(qd_wait_for([&] { return sees(); }));
     EXPECT_LT(passed(), 50s) << "known to be missing: no waiting";
 
-    capture_->set_rate(20);
-    begin_ = QD_Clock::real().now();
+    capture->set_rate(20);
+    begin = QD_Clock::real().now();
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(sees());
     EXPECT_GE(passed(), 400ms) << "one after the other";
@@ -85,16 +85,16 @@ TEST_F(Capture, TheTestCardStandsInForACameraThatIsMissingOrFailsUntilItComes)
 
 TEST_F(Capture, AStalledCameraIsWaitedForOnceAndNoticedWhenItGoesOn)
 {
-    camera_->pictures = 1;
+    camera->pictures = 1;
     start({20ms, 500ms, 60s, 60s});
     EXPECT_TRUE(sees());
     EXPECT_FALSE(sees());
     EXPECT_GE(passed(), 500ms);
-    begin_ = QD_Clock::real().now();
+    begin = QD_Clock::real().now();
     for (int i = 0; i < 5; ++i)
         EXPECT_FALSE(sees());
     EXPECT_LT(passed(), 500ms);
-    camera_->pictures = 1;
+    camera->pictures = 1;
     EXPECT_TRUE(qd_wait_for([&] { return sees(); }));
     EXPECT_FALSE(sees());
     EXPECT_GE(passed(), 500ms) << "waited for anew";
@@ -102,35 +102,35 @@ TEST_F(Capture, AStalledCameraIsWaitedForOnceAndNoticedWhenItGoesOn)
 
 TEST_F(Capture, ACameraIsOpenedAnewWhenItStaysSilent)
 {
-    camera_->pictures = 1;
+    camera->pictures = 1;
     start({20ms, 20ms, 50ms, 60s});
-    EXPECT_TRUE(qd_wait_for([&] { return !sees() && camera_->opened >= 3; }));
+    EXPECT_TRUE(qd_wait_for([&] { return !sees() && camera->opened >= 3; }));
 }
 
 TEST_F(Capture, ACameraIsLetGoWhenNobodyWatches)
 {
     start({20ms, 5s, 5s, 60ms});
     EXPECT_TRUE(sees());
-    EXPECT_TRUE(qd_wait_for([&] { return camera_->closed == 1; }));
+    EXPECT_TRUE(qd_wait_for([&] { return camera->closed == 1; }));
     EXPECT_TRUE(sees()) << "opened again when asked, and waited for";
-    EXPECT_EQ(camera_->opened, 2);
-    EXPECT_TRUE(qd_wait_for([&] { return camera_->closed == 2; }));
-    begin_ = QD_Clock::real().now();
-    capture_.reset();
+    EXPECT_EQ(camera->opened, 2);
+    EXPECT_TRUE(qd_wait_for([&] { return camera->closed == 2; }));
+    begin = QD_Clock::real().now();
+    capture.reset();
     EXPECT_LT(passed(), 2s) << "its reader is woken for the end";
 }
 
 TEST_F(Capture, AReaderStuckInItsDeviceHoldsNobodyUp)
 {
-    camera_->blocks = true;
+    camera->blocks = true;
     start({20ms, 100ms, 60s, 60s});
     EXPECT_FALSE(sees());
     testing::internal::CaptureStderr();
-    capture_.reset();
+    capture.reset();
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("does not end"));
     EXPECT_LT(passed(), 5s);
-    const auto destroyed = camera_->destroyed;
+    const auto destroyed = camera->destroyed;
     EXPECT_FALSE(*destroyed);
-    camera_->blocks = false; // it ends on its own now, and takes its camera with it
+    camera->blocks = false; // it ends on its own now, and takes its camera with it
     EXPECT_TRUE(qd_wait_for([&] { return destroyed->load(); }));
 }

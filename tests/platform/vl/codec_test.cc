@@ -2,6 +2,7 @@
 
 #include "tests/support/pictures.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
@@ -10,7 +11,7 @@ struct Codec : testing::TestWithParam<QD_Codec> {
     std::string code(const std::string& picture, bool intra)
     {
         std::string out(QD_CODED_SIZE, 'x');
-        const int n = encoder_.encode(picture.data(), intra, 3, out.data());
+        const int n = encoder.encode(picture.data(), intra, 3, out.data());
         EXPECT_TRUE(n > 0 && n <= QD_CODED_SIZE) << n;
         return out.substr(0, static_cast<size_t>(std::max(n, 0)));
     }
@@ -25,10 +26,10 @@ struct Codec : testing::TestWithParam<QD_Codec> {
         return "";
     }
 
-    const bool h263_ = GetParam() == QD_Codec::H263;
-    std::mt19937 random_ {4711};
-    QD_Picture_Encoder encoder_ {GetParam()};
-    QD_Picture_Decoder decoder_ {GetParam()};
+    const bool h263 = GetParam() == QD_Codec::H263;
+    std::mt19937 random {4711};
+    QD_Picture_Encoder encoder {GetParam()};
+    QD_Picture_Decoder decoder {GetParam()};
 };
 
 }
@@ -38,7 +39,7 @@ INSTANTIATE_TEST_SUITE_P(Both, Codec, testing::Values(QD_Codec::H263, QD_Codec::
 TEST_P(Codec, ADecoderOfOthersSeesWhatOursSeesAndNotEvenNoiseIsLongerThanAllowed)
 {
     for (int cap : {1400, QD_CODED_SIZE}) {
-        ASSERT_EQ(encoder_.open(10, cap), 0);
+        ASSERT_EQ(encoder.open(10, cap), 0);
         std::string stream;
         std::string ours;
         for (int i = 0; i < 50; ++i) {
@@ -46,33 +47,33 @@ TEST_P(Codec, ADecoderOfOthersSeesWhatOursSeesAndNotEvenNoiseIsLongerThanAllowed
             const bool noise = i < 12 || (i < 30 && i % 7 == 0);
             std::string picture = qd_test_picture(i);
             if (noise)
-                std::ranges::generate(picture, random_);
+                std::ranges::generate(picture, random);
             const std::string coded = code(picture, i % 10 == 0);
             EXPECT_LE(coded.size(), static_cast<size_t>(i < 30 ? QD_CODED_SIZE : cap));
-            EXPECT_TRUE(!h263_ || ((coded[4] & ~2) == 8 && (coded[5] & 0xe0) == 0)) << "baseline";
+            EXPECT_TRUE(!h263 || ((coded[4] & ~2) == 8 && (coded[5] & 0xe0) == 0)) << "baseline";
             stream += coded;
-            ours += decode(decoder_, coded);
+            ours += decode(decoder, coded);
             const char* decoded = &ours[static_cast<size_t>(i) * QD_PICTURE_SIZE];
             EXPECT_GT(qd_psnr(decoded, picture.data()), noise ? 0 : i < 30 ? 22 : 24) << i;
         }
-        EXPECT_TRUE(qd_ffmpeg_decode(h263_ ? "h263" : "h261", stream) == ours);
+        EXPECT_TRUE(qd_ffmpeg_decode(h263 ? "h263" : "h261", stream) == ours);
     }
 }
 
 TEST_P(Codec, WhatIsNoPictureOfOursIsRefusedAndSpoilsNothing)
 {
-    ASSERT_EQ(encoder_.open(10, QD_CODED_SIZE), 0);
+    ASSERT_EQ(encoder.open(10, QD_CODED_SIZE), 0);
     const std::string first = code(qd_test_picture(0), true);
     const std::string next = code(qd_test_picture(1), false);
     std::string forged_size = first;
-    forged_size[h263_ ? 4 : 3] ^= h263_ ? 4 : 8; // CIF
+    forged_size[h263 ? 4 : 3] ^= h263 ? 4 : 8; // CIF
     QD_Picture_Decoder clean(GetParam());
-    EXPECT_TRUE(!h263_ || decode(decoder_, next).empty()) << "nothing to predict from";
+    EXPECT_TRUE(!h263 || decode(decoder, next).empty()) << "nothing to predict from";
     for (const std::string& picture : {first, next}) {
         for (const std::string& bad : {std::string(), first.substr(0, 6), forged_size,
                  std::string(5000, '\0'), std::string(8192, '\xff')})
-            EXPECT_EQ(decode(decoder_, bad), "");
-        ASSERT_EQ(decode(decoder_, picture), decode(clean, picture));
+            EXPECT_EQ(decode(decoder, bad), "");
+        ASSERT_EQ(decode(decoder, picture), decode(clean, picture));
     }
 
     // What looks like one does no harm, and the next intra picture is exact.
@@ -80,8 +81,8 @@ TEST_P(Codec, WhatIsNoPictureOfOursIsRefusedAndSpoilsNothing)
     for (int round = 0; round < 1000; ++round) {
         std::string bits = round % 2 == 0 ? first : next;
         for (int n = 0; n < 5; ++n)
-            bits[5 + random_() % (bits.size() - 5)] = static_cast<char>(random_());
-        decode(decoder_, bits);
-        ASSERT_TRUE(round % 50 != 0 || decode(decoder_, first) == expected) << round;
+            bits[5 + random() % (bits.size() - 5)] = static_cast<char>(random());
+        decode(decoder, bits);
+        ASSERT_TRUE(round % 50 != 0 || decode(decoder, first) == expected) << round;
     }
 }
