@@ -7,6 +7,16 @@ namespace {
 constexpr auto PATIENCE = std::chrono::seconds(60);
 constexpr size_t AT_THE_SOUND_SERVER = 2; // it mixes no more than 32 streams
 constexpr size_t CUT_OFF = 1;             // the seat whose host is, now and then
+constexpr const char* SINKS[AT_THE_SOUND_SERVER] = {"speaker", "speaker2"};
+
+// Each voice that is to be found in the mix is a tone of its own, in hertz, the guests share one.
+// None is a multiple of 50: all GSM frames of such a tone come to be alike, as those of silence.
+constexpr int MICROPHONE = 440;
+constexpr int GUEST = 260;
+constexpr size_t FIRST = 510; // of a member who stays; the next has 100 more
+
+// The sum of more tones than these would be clipped at the loudspeaker.
+constexpr size_t MOST_MEMBERS_JUDGED = 16;
 
 bool is_at_the_sound_server(size_t seat) { return seat < AT_THE_SOUND_SERVER; }
 
@@ -47,6 +57,8 @@ bool QD_Soak_Course::begin(QD_Figures& figures)
 {
     hold(!x_server_.display().empty() && sound_.start(), "no X server or no sound server");
     feed_microphone();
+    for (size_t seat = 0; seat < AT_THE_SOUND_SERVER; ++seat)
+        speakers_.emplace_back(SINKS[seat], tones_at(seat)).record();
     seats_.resize(2 * half_);
     const auto speakers = static_cast<int>(half_);
     ear_.emplace(network_, static_cast<int>(2 * half_ + 1), speakers, broker_.place());
@@ -58,14 +70,15 @@ bool QD_Soak_Course::begin(QD_Figures& figures)
             figures.watch("its companion", seats_[seat]->process().pid());
         }
     }
-    const auto start = QD_Soak_Ear::Clock::now();
-    hold(qd_wait_for([&] { return ear_->silent_since(start).empty(); }, PATIENCE),
-        "not heard:" + ear_->silent_since(start));
+    // Before options are applied the loudspeaker is so loud that it clips.
+    for (size_t seat = 0; seat < AT_THE_SOUND_SERVER && well(); ++seat)
+        seats_[seat]->choose_connection(1);
+    wait_for_sound("at first");
     if (trouble_.empty())
         disturbances_.emplace(
             QD_Disturbances::Victims {[this] { return sound_.pid(); }, x_server_.pid(), broker_,
-                network_, static_cast<int>(CUT_OFF + 1)},
-            *ear_);
+                network_, static_cast<int>(CUT_OFF + 1), [this] { return cut_off_is_found(); }},
+            QD_Disturbances::Witnesses {*ear_, speakers_});
     if (trouble_.empty() && disturbed_)
         disturbances_->start();
     return well();
@@ -78,9 +91,8 @@ void QD_Soak_Course::join(size_t seat)
     part.address = address(seat);
     part.at = network_.at(seat + 1);
     part.cut_off = address(CUT_OFF);
-    part.mic = is_at_the_sound_server(seat) ? "pulse:microphone"
-                                            : "tone:" + std::to_string(300 + 100 * seat);
-    part.speaker = is_at_the_sound_server(seat) ? "pulse:speaker" : "null";
+    part.mic = voice(seat);
+    part.speaker = is_at_the_sound_server(seat) ? std::string("pulse:") + SINKS[seat] : "null";
     seats_[seat] = std::make_unique<QD_Soak_Member>(part, broker_.place());
     seats_[seat]->comes();
 }
@@ -107,25 +119,57 @@ void QD_Soak_Course::restore_windows(QD_Soak_Member& member, size_t number)
     member.switch_camera();
 }
 
+std::string QD_Soak_Course::voice(size_t seat) const
+{
+    if (is_at_the_sound_server(seat))
+        return "pulse:microphone";
+    const size_t hertz = seat < half_ ? FIRST + 100 * (seat - AT_THE_SOUND_SERVER) : GUEST;
+    return "tone:" + std::to_string(hertz);
+}
+
+/// What has to sound at a loudspeaker all the time: the others who stay.
+std::vector<int> QD_Soak_Course::tones_at(size_t seat) const
+{
+    std::vector<int> tones;
+    if (2 * half_ > MOST_MEMBERS_JUDGED)
+        return tones;
+    for (size_t other = 0; other < half_; ++other)
+        if (other != seat)
+            tones.push_back(is_at_the_sound_server(other)
+                    ? MICROPHONE
+                    : static_cast<int>(FIRST + 100 * (other - AT_THE_SOUND_SERVER)));
+    return tones;
+}
+
 void QD_Soak_Course::feed_microphone()
 {
     voice_.emplace(std::vector<std::string> {"sh", "-c",
-        "sox -q -n -t raw -r 8000 -e signed -b 16 -c 1 - synth 100000 sine 440 2>/dev/null"
-        " | pacat --raw --format=s16le --rate=8000 --channels=1 -d micfeed 2>/dev/null"});
+        "sox -q -n -t raw -r 8000 -e signed -b 16 -c 1 - synth 100000 sine "
+            + std::to_string(MICROPHONE)
+            + " 2>/dev/null"
+              " | pacat --raw --format=s16le --rate=8000 --channels=1 -d micfeed 2>/dev/null"});
 }
 
 void QD_Soak_Course::start_sound()
 {
     hold(sound_.start(), "the sound server does not start");
     feed_microphone();
-    const auto is_played = [&] {
-        const std::string streams = qd_output("pactl list short sink-inputs | wc -l");
-        return atoi(streams.c_str()) >= static_cast<int>(seats_.size()) - 2;
-    };
-    hold(qd_wait_for(is_played, PATIENCE), "nothing is played by the new sound server");
+    for (QD_Soak_Loudspeaker& speaker : speakers_)
+        speaker.record();
+    wait_for_sound("with the new sound server");
+}
+
+void QD_Soak_Course::wait_for_sound(const std::string& when)
+{
     const auto start = QD_Soak_Ear::Clock::now();
-    hold(qd_wait_for([&] { return ear_->silent_since(start).empty(); }, PATIENCE),
-        "with the new sound server not heard:" + ear_->silent_since(start));
+    const bool heard = qd_wait_for([&] { return ear_->silent_since(start).empty(); }, PATIENCE);
+    hold(heard, when + " not heard:" + ear_->silent_since(start));
+    for (const QD_Soak_Loudspeaker& speaker : speakers_) {
+        const bool played
+            = qd_wait_for([&] { return speaker.played_since(start).steady; }, PATIENCE);
+        hold(played,
+            when + " not played at " + speaker.sink() + ":" + speaker.played_since(start).missed);
+    }
 }
 
 // A broker or a host that has just returned is not found at once.
@@ -139,6 +183,21 @@ void QD_Soak_Course::wait_for_broker()
                     },
                     PATIENCE),
             "not everybody has found the broker again");
+}
+
+/// Whether the member who is cut off now and then has its broker, and is in for all who stay. Any
+/// thread, once all of them are in.
+bool QD_Soak_Course::cut_off_is_found() const
+{
+    const std::string& label = seats_[CUT_OFF]->label();
+    bool found
+        = seats_[CUT_OFF]->count_said(" is lost: ") == seats_[CUT_OFF]->count_said(" is back\n");
+    for (size_t seat = 0; seat < half_; ++seat)
+        found = found
+            && (seat == CUT_OFF
+                || seats_[seat]->count_said(label + " has joined\n")
+                    > seats_[seat]->count_said(label + " is gone"));
+    return found;
 }
 
 void QD_Soak_Course::restart_broker()

@@ -34,9 +34,13 @@ private:
     void use_windows(QD_Soak_Member& member, size_t number);
     void restore_windows(QD_Soak_Member& member, size_t number);
     void start_sound();
+    void wait_for_sound(const std::string& when);
     void feed_microphone();
     void wait_for_broker();
+    bool cut_off_is_found() const;
     void restart_broker();
+    std::string voice(size_t seat) const;
+    std::vector<int> tones_at(size_t seat) const;
     static std::string address(size_t seat) { return "10.77.0." + std::to_string(seat + 1); }
     void hold(bool held, const std::string& what);
     bool well() const;
@@ -51,6 +55,7 @@ private:
     QD_Test_Broker broker_ {"allow_anonymous true\n", "10.77.0.254", network_.at(0)};
     std::vector<std::unique_ptr<QD_Soak_Member>> seats_; // null: nobody is there
     std::optional<QD_Soak_Ear> ear_;
+    std::deque<QD_Soak_Loudspeaker> speakers_;
     std::optional<QD_Disturbances> disturbances_;
     int joinings_ = 0;
     std::string trouble_;

@@ -1,4 +1,4 @@
-// A PulseAudio server of a test's own, with a loudspeaker and a microphone that are null sinks.
+// A PulseAudio server of a test's own, with two loudspeakers and a microphone that are null sinks.
 #pragma once
 
 #include "tests/support/process.h"
@@ -7,8 +7,9 @@
 /// The server. PULSE_SERVER and XDG_RUNTIME_DIR point to it from construction
 /// on, whether it runs or not; it lives in a directory of its own.
 ///
-/// What plays to the sink "speaker" is heard by recording "speaker.monitor"; what
-/// plays to "micfeed" is heard by whoever records "microphone", the default source.
+/// What plays to the sink "speaker", the default one, is heard by recording "speaker.monitor";
+/// "speaker2" is another such. What plays to "micfeed" is heard by whoever records "microphone",
+/// the default source.
 class QD_Pulse_Server {
 public:
     QD_Pulse_Server()
@@ -26,7 +27,7 @@ public:
             std::vector<std::string> {"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
                 "--use-pid-file=no", "--realtime=no", "--high-priority=no", "--log-target=stderr",
                 "-Lmodule-native-protocol-unix auth-anonymous=1 socket=" + dir_.file("native"),
-                sink + "speaker", sink + "micfeed",
+                sink + "speaker", sink + "speaker2", sink + "micfeed",
                 "-Lmodule-remap-source source_name=microphone master=micfeed.monitor"},
             QD_Surroundings {.out = dir_ / "log", .environment = {{"HOME", dir_.path()}}});
         return qd_wait_for([] {
