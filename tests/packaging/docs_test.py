@@ -31,9 +31,10 @@ for document in [*root.glob("*.md"), *(root / "docs").glob("*.md")]:
     text = read(document)
     for target in re.findall(r"(?<![\w-])make ([a-z-]+)(?=[`,.\s]*(?:`|#|\n|PREFIX|DESTDIR))", text):
         check(target in targets, f"{document}: there is no make {target}")
-    for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", text):
+    prose = re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S)
+    for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", prose):
         check(document.parent.joinpath(link).exists(), f"{document}: no file {link}")
-    for path in re.findall(r"`((?:src|tests|bench|docs|tools|packaging)/[\w./-]+)`", text):
+    for path in re.findall(r"`((?:src|tests|bench|docs|tools|packaging)/[\w./-]+)`(?! \(new)", text):
         check((root / path).exists() or re.search(r"/[A-Z]{3,}/", path),
               f"{document}: no file {path}")
     for preset in re.findall(r"--preset (\w+)", text):
@@ -73,14 +74,20 @@ def named_numbers(title):
     return {(name, int(number)) for number, name in rows}
 
 
-def enumerators(declaration):
-    body = re.search(rf"enum {declaration}[^{{]*{{([^}}]*)}}", headers)[1]
-    return {(name, int(value)) for name, value in re.findall(r"(\w+) = (\d+)", body)}
+def check_enumerators(title):
+    """What is named below a heading is the whole of the enumerations that have these names."""
+    named = named_numbers(title)
+    there = set()
+    for body in re.findall(r"enum\b[^{;]*{([^}]*)}", headers):
+        one = {(name, int(number))
+               for name, number in re.findall(r"\b(?:QD_)?(?:PT_)?(\w+) = (\d+)", body)}
+        if one & named:
+            there |= one
+    same(f"docs/wire.md, {title}", named, there)
 
 
-same("docs/wire.md, sound", named_numbers("Sound"), enumerators("Codec"))
-same("docs/wire.md, pictures", named_numbers("Pictures"), enumerators("Type"))
-same("docs/wire.md, messages", named_numbers("Calls"), enumerators("Tag"))
+for title in ["Sound", "Pictures", "Calls"]:
+    check_enumerators(title)
 for name, number in named_numbers("Framework link"):
     check(re.search(rf"\b{name} = {number};", headers), f"docs/wire.md: {name} is not {number}")
 same("docs/wire.md, commands", set(re.findall(r"^\| `(.)` \| `(\w+)` \|", wire, re.M)),
