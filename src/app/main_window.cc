@@ -78,7 +78,7 @@ MainWindowMainWindow::MainWindowMainWindow(const char* name, char** argv, int ar
 
     session_ = QD_Session_Control::instance();
     session_->set_display_factory(&displays_);
-    XtSetSensitive(form_->callButton(), session_->call_policy().any());
+    XtSetSensitive(form_->callButton(), session_->call_policy().any() ? True : False);
     framework_ = std::make_unique<QD_Orvik_Control>(argc, argv);
     session_->setGUI(this, form_);
     reactor_.add_wake(theApplication->connection_number());

@@ -33,15 +33,15 @@ void put_default(XrmDatabase* db, const char* component, const VkResource& entry
     std::array<XrmQuark, MAX_LEVELS + 2> quarks {};
     size_t levels = 1;
     for (const char* p = entry.name; *p; ++p)
-        levels += *p == '*' || *p == '.';
+        levels += *p == '*' || *p == '.' ? 1 : 0;
     if (levels > MAX_LEVELS)
         return;
 
     // The component's name goes in as a quark, never through the parser: it may
     // hold blanks and dots.
-    const bool own = entry.name[0] != '*';
+    const size_t own = entry.name[0] != '*' ? 1 : 0;
     XrmStringToBindingQuarkList(entry.name, &bindings[own], &quarks[own]);
-    if (own) {
+    if (own != 0) {
         bindings[0] = XrmBindLoosely;
         quarks[0] = XrmStringToQuark(component);
         bindings[1] = entry.name[0] == '.' ? XrmBindTightly : XrmBindLoosely;

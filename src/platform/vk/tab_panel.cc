@@ -42,7 +42,7 @@ void VkTabPanel::select(int index)
         return;
     const bool other = std::exchange(selected_, index) != index;
     for (Widget tab : tabs_)
-        XmToggleButtonSetState(tab, tab == selected_tab(), False);
+        XmToggleButtonSetState(tab, tab == selected_tab() ? True : False, False);
     XtVaSetValues(base_widget(), XmNinitialFocus, selected_tab(), nullptr);
     if (other)
         on_selected_(index);

@@ -77,7 +77,7 @@ void VkVuMeter::draw(int from, int to)
     if (gc_ == nullptr)
         gc_ = XCreateGC(display, window, 0, nullptr);
     for (int i = from; i < to; ++i) {
-        const Shade& shade = shades_[(i >= AMBER_FROM) + (i >= RED_FROM)];
+        const Shade& shade = shades_[i >= RED_FROM ? 2 : i >= AMBER_FROM ? 1 : 0];
         const XRectangle place = segment(i);
         XSetForeground(display, gc_, i < lit_ ? shade.lit : shade.dark);
         XFillRectangles(display, window, gc_, const_cast<XRectangle*>(&place), 1);
