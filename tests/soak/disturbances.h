@@ -60,7 +60,7 @@ private:
         std::function<void()> end;
         std::chrono::seconds lasts;
         Clock::time_point next;
-        std::function<bool()> found {}; // none: nobody is given up
+        std::function<bool()> found {}; // none: no member is given up
         int times = 0;
         double heard_s = 0;  // the longest time until all were
         double found_s = 0;  // until a member that was given up was in again

@@ -8,7 +8,7 @@
 /// on, whether it runs or not; it lives in a directory of its own.
 ///
 /// What plays to the sink "speaker", the default one, is heard by recording "speaker.monitor";
-/// "speaker2" is another such. What plays to "micfeed" is heard by whoever records "microphone",
+/// "speaker2" is another such. What plays to "micfeed" is heard by those who record "microphone",
 /// the default source.
 class QD_Pulse_Server {
 public:

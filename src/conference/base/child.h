@@ -14,7 +14,7 @@ struct QD_Launch {
     std::vector<std::string> arguments;   // after the program's name
     std::vector<std::string> environment; // "NAME=value", before what we have ourselves
     std::string directory;                // its current directory; exists; "": ours
-    std::string log;                      // takes its output, written anew; "": our output
+    std::string log;                      // takes its output, emptied first; "": ours
 };
 
 /// One process, in a process group of its own so that a Ctrl-C meant for us

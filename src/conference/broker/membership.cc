@@ -60,7 +60,7 @@ void QD_Membership::connect(Time now)
         return;
     connected_ = true;
     if (was_connected_)
-        returning_until_ = now + times_.comeback;
+        returning_until_ = now + times_.recovery;
     was_connected_ = true;
     for (auto& [owner, peer] : peers_)
         peer.missed = 0;

@@ -14,7 +14,7 @@ struct QD_Membership_Times {
     std::chrono::milliseconds hold {500};       // from a record's removal to the member's
     std::chrono::milliseconds settle {1000};    // in which two live members settle who keeps an id
     std::chrono::milliseconds patience {12000}; // for a taken address to come free
-    std::chrono::milliseconds comeback {8000};  // for the others to come back after the broker
+    std::chrono::milliseconds recovery {8000};  // for the others to come back after the broker
     std::chrono::milliseconds answer {6000};    // for the broker to carry our own record to us
     int misses = 4; // so many own records carried and none of a member's: it is gone
 };
